@@ -1,0 +1,33 @@
+// The version, the export macro and the fixed-size integers that every other header relies on.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+/// The library's version. It names the shared library and stands in location texts.
+#define QX_VERSION "2.10.1"
+
+// QX_API marks ordinary classes and functions that applications may use; nothing else is exported.
+#if defined(_WIN32)
+#if defined(QX_BUILDING)
+#define QX_API __declspec(dllexport)
+#else
+#define QX_API __declspec(dllimport)
+#endif
+#else
+#define QX_API __attribute__((visibility("default")))
+#endif
+
+// Some compilers define __int64 themselves; callers may write either spelling everywhere.
+#if !defined(__int64) && !defined(_MSC_VER)
+#define __int64 long long
+#endif
+
+/// Signed 64-bit integer.
+typedef long long qxInt64;
+
+/// Unsigned 64-bit integer.
+typedef unsigned long long qxUInt64;
+
+static_assert(sizeof(qxInt64) == 8, "the library needs 64-bit integers");
+static_assert(sizeof(unsigned int) == 4, "the library needs 32-bit integers");
+static_assert(sizeof(void*) == 8, "the library needs a 64-bit system");

@@ -1,0 +1,78 @@
+// Files of the operating system: unbuffered blocks of bytes, and the replacement of a file as a whole.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+// Names are UTF-8 with a terminating zero. Every function with an `error` sets it: to 0 when it did what
+// was asked, else to the system's error number, which qxPlatformErrorText describes.
+
+/// How qxPlatformFileOpen opens; in quotes the mode of the C library that means the same.
+enum qxPlatformFileMode {
+    QX_PLATFORM_FILE_READ,   ///< "rb": reads an existing file; directories are refused.
+    QX_PLATFORM_FILE_WRITE,  ///< "wbc": writes a new file; what the file held is gone.
+    QX_PLATFORM_FILE_UPDATE, ///< "r+bc": reads and writes an existing file, from its start.
+    QX_PLATFORM_FILE_CREATE, ///< "w+bc": reads and writes a new file; what the file held is gone.
+};
+
+/// An open file with a position. Nothing is buffered here: each block goes straight to the system.
+///
+/// Lifetime: made by qxPlatformFileOpen or qxPlatformFileTemporary, ended by qxPlatformFileClose.
+///           Programs started by this one do not inherit it.
+/// Threads:  one at a time for the same file. Errors: each function hands out the system's number.
+struct qxPlatformFile;
+
+/// Opens the file `name` at position 0, or returns null.
+qxPlatformFile* qxPlatformFileOpen(const char* name, qxPlatformFileMode mode, int& error);
+
+/// Closes the file, which is gone in any case; returns false when the system could not keep what was
+/// written. Null is allowed.
+bool qxPlatformFileClose(qxPlatformFile* file, int& error);
+
+/// Bytes in the file, or 0 with an error. What is not a plain file (a pipe, a terminal) has 0.
+unsigned long long qxPlatformFileSize(qxPlatformFile* file, int& error);
+
+/// Bytes from the start of the file to the position, or 0 with an error.
+unsigned long long qxPlatformFilePosition(qxPlatformFile* file, int& error);
+
+/// Sets the position, in bytes from the start, at most 2^63 - 1; it may lie behind the end of the file.
+bool qxPlatformFileSeek(qxPlatformFile* file, unsigned long long position, int& error);
+
+/// Reads up to `count` bytes and moves the position behind them. Returns how many came: fewer than
+/// `count` only at the end of the file (`error` 0) or after a failure.
+std::size_t qxPlatformFileRead(qxPlatformFile* file, void* bytes, std::size_t count, int& error);
+
+/// Writes `count` bytes and moves the position behind them. Returns how many the system took: fewer
+/// than `count` only after a failure, such as a full disk.
+std::size_t qxPlatformFileWrite(qxPlatformFile* file, const void* bytes, std::size_t count, int& error);
+
+/// Hands what was written to the system, where other programs see it.
+bool qxPlatformFileFlush(qxPlatformFile* file, int& error);
+
+/// Waits until what was written is on the disk. What has no disk beneath it (a pipe) is always done.
+bool qxPlatformFileSync(qxPlatformFile* file, int& error);
+
+/// Whether `name` can be replaced as a whole: it is a plain file or nothing at all, a link that leads to
+/// one included. False for directories, devices and pipes, and with `error` where that cannot be told.
+bool qxPlatformFileIsReplaceable(const char* name, int& error);
+
+/// Creates and opens (reading and writing) a new empty file that is to take the place of `target`, in
+/// the folder of the file that `target` names or links to. `name` receives its name. It is at most as
+/// accessible as the target. Returns null when that fails, when the target cannot be replaced and when
+/// the caller may not write it.
+qxPlatformFile* qxPlatformFileTemporary(const char* target, std::string& name, int& error);
+
+/// Puts the closed file `temporary` in the place of `target` and waits until the folder on the disk says
+/// so: whoever opens the target finds the old file or the new one, whole. Call qxPlatformFileSync on the
+/// temporary file before it is closed.
+///
+/// The new file gets the permission bits of the old one, and its owner where the system allows that.
+/// Where `target` is a symbolic link, the link stays and the file it leads to is replaced. Other hard
+/// links to the old file keep the old content. After a failure to rename, the temporary file is still
+/// there; when only the wait for the disk fails, the result is false and the target is replaced.
+bool qxPlatformFileReplace(const char* temporary, const char* target, int& error);
+
+/// Removes the file `name`; directories are refused.
+bool qxPlatformFileRemove(const char* name, int& error);

@@ -1,8 +1,8 @@
 # How a floor of the library enters its files.
 # SPDX-License-Identifier: see LICENSE
 
-# qx_floor(HEADERS header... SOURCES source...): the public headers (in include/) and the sources (beside the
-# caller's list) of one floor. The lists of all floors together are the library.
+# qx_floor(HEADERS header... SOURCES source...): the public headers (in include/) and the sources and internal headers
+# (beside the caller's list) of one floor. The lists of all floors together are the library.
 function(qx_floor)
     cmake_parse_arguments(PARSE_ARGV 0 floor "" "" "HEADERS;SOURCES")
     if(floor_UNPARSED_ARGUMENTS)

@@ -1,0 +1,37 @@
+#!/bin/bash
+# Builds the library and runs every test; see --help.
+# SPDX-License-Identifier: see LICENSE
+set -u
+. "$(dirname "${BASH_SOURCE[0]}")/scripts/common.sh"
+
+usage="usage: ./test.sh [--sanitize] [CTEST-OPTION…]
+Builds preset dev (warnings are errors) and runs every test. With --sanitize the tests run in two further builds
+instead: with the address and undefined-behaviour sanitizers, and with the thread sanitizer.
+Other options go to ctest: ./test.sh -R qxString"
+
+presets=(dev)
+options=()
+for argument in "$@"; do
+    case $argument in
+    --sanitize) presets=(asan tsan) ;;
+    --help) echo "$usage" && exit 0 ;;
+    *) options+=("$argument") ;;
+    esac
+done
+
+need_tools gtest python
+status=0
+for preset in "${presets[@]}"; do
+    say "== $preset: build"
+    started=$SECONDS
+    begin_building
+    configure "$preset"
+    build "$preset"
+    end_building
+    say "== $preset: tests (built in $((SECONDS - started)) s)"
+    run=()
+    # The thread sanitizer of some compilers cannot start where addresses are chosen at random.
+    if [ "$preset" = tsan ] && setarch -R true 2>/dev/null; then run=(setarch -R); fi
+    (cd "$root" && "${run[@]}" ctest --preset "$preset" -j "$jobs" "${options[@]}") </dev/null || status=1
+done
+exit $status

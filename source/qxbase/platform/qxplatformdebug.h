@@ -10,7 +10,7 @@ bool qxPlatformHasDebugger();
 
 /// Sends `text` to the debug output: standard error while a debugger is attached, else nowhere.
 ///
-/// Threads: any; texts are not mixed. Errors: none.
+/// Threads: any. Errors: none.
 void qxPlatformDebugOutput(const char* text);
 
 /// The answers to qxPlatformAssertDialog.

@@ -53,5 +53,6 @@ void qxPlatformConditionWakeOne(void* room);
 ///
 /// Returns true when a wake ended the sleep and false when the time ran out; a wake-up by the system
 /// without a wake sleeps on for the rest of the time. The time runs on the steady clock and does not
-/// include the wait for the lock afterwards.
+/// include the wait for the lock afterwards. A condition has room for 65,535 sleepers; one more gets
+/// false at once.
 bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseconds);

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "platform/qxplatformthread.h"
+
+#include <cerrno>
+
+#include <pthread.h>
+#include <sched.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace
+{
+
+// The kernel numbers processes and threads below this on every 64-bit machine.
+constexpr unsigned int KERNEL_LIMIT = 1U << 22;
+
+// Initial-exec: read as an offset from the thread's base, also in the shared library.
+__attribute__((tls_model("initial-exec"))) thread_local unsigned int t_threadId = 0; // 0: not asked yet
+
+void forgetThreadId()
+{
+    t_threadId = 0;
+}
+
+unsigned int askThreadId()
+{
+    // The child of a fork has one thread, a copy of the one that called, and runs this there.
+    [[maybe_unused]] static const int registered = pthread_atfork(nullptr, nullptr, &forgetThreadId);
+
+    const unsigned int id = static_cast<unsigned int>(gettid());
+    t_threadId = id > 1 ? id : KERNEL_LIMIT + id;
+    return t_threadId;
+}
+
+} // namespace
+
+unsigned int qxPlatformThreadId()
+{
+    const unsigned int id = t_threadId;
+    return id != 0 ? id : askThreadId();
+}
+
+void qxPlatformSleep(unsigned int milliseconds)
+{
+    if (milliseconds == 0) {
+        qxPlatformYield();
+        return;
+    }
+    timespec rest;
+    rest.tv_sec = milliseconds / 1000;
+    rest.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
+    while (clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, &rest) == EINTR) {}
+}
+
+void qxPlatformYield()
+{
+    sched_yield();
+}

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "platform/qxplatformclock.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+namespace
+{
+
+TEST(qxPlatformClock, steadyClockNeverGoesBackAndMovesInSmallSteps)
+{
+    double last = qxPlatformSteadySeconds();
+    double smallest = 1.0;
+    for (int i = 0; i < 10000; ++i) {
+        const double now = qxPlatformSteadySeconds();
+        ASSERT_GE(now, last);
+        if (now > last && now - last < smallest) smallest = now - last;
+        last = now;
+    }
+
+    EXPECT_LT(smallest, 1e-4); // far below a tick of the scheduler, whatever else runs
+}
+
+TEST(qxPlatformClock, utcAgreesWithTheCalendar)
+{
+    const double before = static_cast<double>(std::time(nullptr));
+    const double now = qxPlatformUtcSeconds();
+
+    EXPECT_GE(now, before);
+    EXPECT_LT(now, before + 60.0);
+    EXPECT_NE(qxPlatformUtcSeconds(), static_cast<double>(std::time(nullptr))); // it has a fraction
+}
+
+} // namespace

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "platform/qxplatformthread.h"
+
+#include "platform/qxplatformclock.h"
+
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include <sched.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+// Runs `body` in a child process and returns the exit status it gives, -1 if it does not end by itself.
+template <typename Body>
+int statusOfChild(Body&& body)
+{
+    const pid_t child = fork();
+    if (child == 0) _exit(body());
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(qxPlatformThread, idIsTheKernelsAndStays)
+{
+    const unsigned int id = qxPlatformThreadId();
+
+    EXPECT_EQ(id, static_cast<unsigned int>(getpid())); // the main thread's is that of the process
+    EXPECT_EQ(id, qxPlatformThreadId());
+}
+
+TEST(qxPlatformThread, livingThreadsHaveDifferentIds)
+{
+    constexpr int COUNT = 8;
+    unsigned int ids[COUNT + 1] = {};
+    std::latch allAlive(COUNT);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < COUNT; ++i) {
+        threads.emplace_back([&, i] {
+            ids[i] = qxPlatformThreadId();
+            allAlive.arrive_and_wait();
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    ids[COUNT] = qxPlatformThreadId();
+
+    EXPECT_EQ(std::set<unsigned int>(ids, ids + COUNT + 1).size(), COUNT + 1U);
+}
+
+TEST(qxPlatformThread, theChildOfAForkHasItsOwnId)
+{
+    const unsigned int parent = qxPlatformThreadId();
+
+    const int status = statusOfChild([&] {
+        const unsigned int child = qxPlatformThreadId();
+        return child == static_cast<unsigned int>(getpid()) && child != parent ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+}
+
+TEST(qxPlatformThread, theFirstProcessOfAContainerIsNotNumberOne)
+{
+    constexpr int NOT_ALLOWED = 77;
+    const int status = statusOfChild([] {
+        if (unshare(CLONE_NEWPID) != 0) return NOT_ALLOWED;
+        return statusOfChild([] { return getpid() == 1 && qxPlatformThreadId() > 1U << 22 ? 0 : 1; });
+    });
+    if (status == NOT_ALLOWED) GTEST_SKIP() << "needs the right to make a container";
+    EXPECT_EQ(status, 0);
+}
+
+TEST(qxPlatformThread, sleepsAtLeastItsTime)
+{
+    for (const unsigned int milliseconds : {0U, 1U, 20U}) {
+        SCOPED_TRACE(milliseconds);
+        const double start = qxPlatformSteadySeconds();
+        qxPlatformSleep(milliseconds);
+        EXPECT_GE(qxPlatformSteadySeconds() - start, milliseconds * 1e-3);
+    }
+}
+
+} // namespace

@@ -355,7 +355,9 @@ TEST_F(qxPlatformFileTest, aWriteProtectedFileIsNotReplaced)
         ASSERT_EQ(seteuid(SOMEBODY), 0);
     }
     const bool replaced = replace(path("file"), "new");
-    if (isAdministrator) ASSERT_EQ(seteuid(0), 0);
+    if (isAdministrator) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
 
     EXPECT_FALSE(replaced);
     EXPECT_EQ(m_error, EACCES);

@@ -20,7 +20,7 @@ public:
     explicit qxNameInterface(const qxString& name);
     qxNameInterface(const qxNameInterface& other);
     qxNameInterface& operator=(const qxNameInterface& other);
-    virtual ~qxNameInterface();
+    virtual ~qxNameInterface() noexcept(false); // classes with this base may raise when they go
 
     void setName(const qxString& name);
 

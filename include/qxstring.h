@@ -9,8 +9,11 @@
 #include "qxutf8.h"
 
 #include <atomic>
+#include <bit>
 #include <concepts>
 #include <cstddef>
+#include <cstring>
+#include <type_traits>
 
 /// UTF-8 text of at most 65,535 bytes.
 ///
@@ -50,7 +53,7 @@ public:
     template <std::integral Integer>
     qxString(Integer value, unsigned int base, unsigned int width) : qxString()
     {
-        setNumber(static_cast<qxInt64>(value), base, width);
+        setNumber(static_cast<qxInt64>(value), base, width, std::is_unsigned_v<Integer>);
     }
 
     /// `value` formatted by `format`, which takes one argument.
@@ -80,7 +83,7 @@ public:
     /// The cached hash of the text; equal texts have equal hashes as long as no single character was edited.
     unsigned int hash() const
     {
-        const unsigned int known = std::atomic_ref<unsigned int>(m_hash).load(std::memory_order_relaxed);
+        const unsigned int known = cachedHash();
         return known != 0 || m_length == 0 ? known : resolveHash();
     }
 
@@ -211,7 +214,7 @@ public:
     /// The sum over the bytes of byte(i) x 256^-i: a key that orders strings by their first bytes.
     double sortval() const;
 
-    /// Sets the text to `value` as an identifier: "_" and the digits, a further "_" for the minus.
+    /// Sets the text to `value` as an identifier: "_" and the digits; for a negative one "_n" and the digits.
     qxString& identifier(qxInt64 value);
 
     // Conversions in place
@@ -296,28 +299,49 @@ public:
     /// false.
     bool checkUnique();
 
-    bool operator==(const qxString& other) const;
+    bool operator==(const qxString& other) const
+    {
+        if (m_uniqueID != 0 && other.m_uniqueID != 0) return m_uniqueID == other.m_uniqueID;
+        if (m_length != other.m_length) return false;
+        const unsigned int left = cachedHash();
+        const unsigned int right = other.cachedHash();
+        if (left != right && left != 0 && right != 0) return false;
+        if ((m_uniqueID | other.m_uniqueID) != 0 || left == 0 || right == 0) return equalsInFull(other);
+        return std::memcmp(m_text, other.m_text, m_length) == 0;
+    }
     bool operator!=(const qxString& other) const { return !(*this == other); }
 
-    /// Compares the bytes up to the terminators.
-    bool operator==(const char* text) const;
+    /// Compares the bytes up to the terminators; null is an empty text.
+    bool operator==(const char* text) const { return std::strcmp(getString(), text ? text : "") == 0; }
     bool operator!=(const char* text) const { return !(*this == text); }
 
 private:
     friend class qxUniqueTable;
+    friend class qxUniqueString;
 
     /// Bytes in the buffer of an owned text of `length` bytes: a fixed rule, so that no field is needed.
     static unsigned int roomFor(unsigned int length)
     {
         const unsigned int bytes = length + 1;
         if (bytes <= 64) return (bytes + 15) & ~15U;
-        const unsigned int step = 1U << (29 - __builtin_clz(bytes)); // a quarter of the power of two below
+        const unsigned int step = 1U << (std::bit_width(bytes) - 3); // a quarter of the power of two below
         return (bytes + step - 1) & ~(step - 1);
     }
 
+    unsigned int cachedHash() const
+    {
+        return std::atomic_ref<unsigned int>(m_hash).load(std::memory_order_relaxed);
+    }
     void setHashPending() { std::atomic_ref<unsigned int>(m_hash).store(0, std::memory_order_relaxed); }
     unsigned int resolveHash() const;
-    void setNumber(qxInt64 value, unsigned int base, unsigned int width);
+    void setNumber(qxInt64 value, unsigned int base, unsigned int width, bool isUnsigned);
+    void setBytes(const char* bytes, std::size_t count);
+    void makeRoom(unsigned int length);
+    void detach();
+    char* editBytes();
+    void releaseText();
+    bool equalsInFull(const qxString& other) const;
+    void adopt(const qxString& unique) const;
 
     mutable char* m_text; // null exactly when the string is empty
     unsigned short m_length;
@@ -340,21 +364,3 @@ inline bool operator!=(const char* left, const qxString& right)
 {
     return right != left;
 }
-
-/// A string that is unique from the start.
-class QX_API qxUniqueString : public qxString
-{
-public:
-    explicit qxUniqueString(const qxString& text, unsigned short id = 0);
-
-    /// The text with this ID; when there is none, "Unique(%d)" with the ID.
-    explicit qxUniqueString(unsigned short id);
-
-    /// The lowest free ID; 0 when the table is full.
-    static unsigned short getNextFreeId();
-    static bool isFreeId(unsigned short id);
-
-    /// Empties the table. Every unique string, and every string that was found equal to one, is invalid after
-    /// it.
-    static void cleanAllUniqueId();
-};

@@ -9,8 +9,8 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// A holder that is entered in a process-wide registry under a level, so that cleanUpReferences can release
-/// it.
+/// A holder that is entered in a process-wide registry under a level while it holds an object, so that
+/// cleanUpReferences can release it.
 ///
 /// Lifetime: a registered holder is known by its address; it is therefore never moved, only copied.
 /// Threads:  the registry has a lock of its own, held in constructors, assignments, destructors and the
@@ -34,11 +34,17 @@ public:
     int getLevel() const { return m_level; }
 
     /// Releases what the registered holders of exactly this `level` hold, the newest first; −1 releases all,
-    /// the lowest level first. Holders that register meanwhile are left alone.
+    /// the lowest level first. Holders that register meanwhile are left alone. The objects go while the
+    /// registry is locked.
     static void cleanUpReferences(int level);
 
 private:
+    void assign(qxReference* object, int level);
+    void enter(); // call with the registry locked
+    void leave(); // call with the registry locked
+
     int m_level;
+    qxUInt64 m_registration; // its number in the registry, 0 for none
 };
 
 #pragma GCC diagnostic pop

@@ -142,9 +142,6 @@ private:
                                           const qxArgument* arguments, unsigned int count);
 };
 
-/// Raises a fatal error whose format is "Template-" followed by `text`; for misuse of container templates.
-[[noreturn]] QX_API void throwFatalTemplateError(const char* text);
-
 /// "File: %s  Line: %d  Ver: %s" in the next of 300 slots of a process-wide ring: the text stays valid for
 /// 300 further calls. Uses no heap; a longer text is cut at 511 bytes.
 ///

@@ -23,8 +23,14 @@ template <class T>
 class qxList;
 template <class T>
 class qxRefList;
+template <class Key, class Data>
+class qxDict;
+template <class Key, class Data>
+class qxRefDict;
 template <class T>
 class qxArray;
+template <class T>
+class qxDynamicArray;
 
 /// What holders do with an object when they are copied: 0 clones it, every other value shares it.
 enum qxCopyMode : unsigned int {
@@ -37,3 +43,6 @@ typedef unsigned int qxMessageLevel;
 
 /// Message flags that an error carries until it is reported; see qxBaseError.
 typedef unsigned int qxMessageEncoding;
+
+/// Raises a fatal error whose format is "Template-" followed by `text`; for misuse of container templates.
+[[noreturn]] QX_API void throwFatalTemplateError(const char* text);

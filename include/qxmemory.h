@@ -14,6 +14,9 @@
 /// Threads: any. Memory may be given back on another thread and by another module than took it.
 QX_API void* qx_malloc(std::size_t size);
 
+/// As qx_malloc, aligned for `alignment` (a power of two). Given back by the aligned qx_delete only.
+QX_API void* qx_malloc(std::size_t size, std::align_val_t alignment);
+
 /// Gives memory of qx_malloc or qx_realloc back; null is ignored.
 QX_API void qx_free(void* memory);
 
@@ -21,7 +24,7 @@ QX_API void qx_free(void* memory);
 /// ordinary qx_malloc. Returns null, and leaves `memory` as it was, when there is none left.
 QX_API void* qx_realloc(void* memory, std::size_t size);
 
-/// As qx_malloc, but throws std::bad_alloc instead of returning null.
+/// As qx_malloc, but reports "Bad Alloc:%s" and throws std::bad_alloc instead of returning null.
 QX_API void* qx_new(std::size_t size);
 
 /// As qx_new; `tag`, a text that lives as long as the program, names the allocation for reports.
@@ -33,7 +36,7 @@ QX_API void* qx_new(std::size_t size, std::align_val_t alignment);
 /// Gives memory of qx_new back; null is ignored.
 QX_API void qx_delete(void* memory);
 
-/// Gives memory of the aligned qx_new back; null is ignored.
+/// Gives memory of the aligned forms back; null is ignored.
 QX_API void qx_delete(void* memory, std::align_val_t alignment);
 
 /// Reports "Bad Alloc:%s" with the location made of `file` and `line`, then throws std::bad_alloc. Uses no
@@ -67,6 +70,14 @@ public:
     {
         return qx_new(size, alignment);
     }
+    static void* operator new(std::size_t size, std::align_val_t alignment, const char*)
+    {
+        return qx_new(size, alignment);
+    }
+    static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
+    {
+        return qx_malloc(size, alignment);
+    }
     static void* operator new[](std::size_t size) { return qx_new(size); }
     static void* operator new[](std::size_t size, const char* tag) { return qx_new(size, tag); }
     static void* operator new[](std::size_t, void* place) noexcept { return place; }
@@ -75,15 +86,39 @@ public:
     {
         return qx_new(size, alignment);
     }
+    static void* operator new[](std::size_t size, std::align_val_t alignment, const char*)
+    {
+        return qx_new(size, alignment);
+    }
+    static void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
+    {
+        return qx_malloc(size, alignment);
+    }
 
     static void operator delete(void* memory) { qx_delete(memory); }
     static void operator delete(void* memory, const char*) { qx_delete(memory); }
     static void operator delete(void*, void*) noexcept {}
     static void operator delete(void* memory, const std::nothrow_t&) noexcept { qx_free(memory); }
     static void operator delete(void* memory, std::align_val_t alignment) { qx_delete(memory, alignment); }
+    static void operator delete(void* memory, std::align_val_t alignment, const char*)
+    {
+        qx_delete(memory, alignment);
+    }
+    static void operator delete(void* memory, std::align_val_t alignment, const std::nothrow_t&) noexcept
+    {
+        qx_delete(memory, alignment);
+    }
     static void operator delete[](void* memory) { qx_delete(memory); }
     static void operator delete[](void* memory, const char*) { qx_delete(memory); }
     static void operator delete[](void*, void*) noexcept {}
     static void operator delete[](void* memory, const std::nothrow_t&) noexcept { qx_free(memory); }
     static void operator delete[](void* memory, std::align_val_t alignment) { qx_delete(memory, alignment); }
+    static void operator delete[](void* memory, std::align_val_t alignment, const char*)
+    {
+        qx_delete(memory, alignment);
+    }
+    static void operator delete[](void* memory, std::align_val_t alignment, const std::nothrow_t&) noexcept
+    {
+        qx_delete(memory, alignment);
+    }
 };

@@ -11,12 +11,12 @@
 /// An object that counts its holders and goes when the last one lets it go.
 ///
 /// Lifetime: starts with a count of 0 and may then be deleted directly, or live on the stack as long as
-/// nobody
-///           holds it. Once held, the last unref deletes it.
+///           nobody holds it. Once held, the last unref deletes it.
 /// Threads:  the count is a plain field; an object that threads share must be a qxThreadSafeReference or be
 ///           guarded by its owner.
-/// Errors:   a count that goes wrong raises qxFatalError, also out of the destructor; while another exception
-///           is under way the destructor sends the same text as a Fatal message instead.
+/// Errors:   a count that goes wrong raises qxFatalError, also out of the destructor: the object is gone then
+///           all the same. While another exception is under way the text is sent as a Fatal message instead
+///           and the count stays as it is, since a second exception would end the process.
 class QX_API qxReference : public qxSharedMemory, public qxTypeInterface
 {
 public:
@@ -37,7 +37,11 @@ public:
     QX_DECLARE_TYPE;
 
     /// Raises qxFatalError when the object is still held.
-    virtual ~qxReference() noexcept(false);
+    virtual ~qxReference() noexcept(false)
+    {
+        if (m_count != 0)
+            raiseMismatch("REFERENCE MISMATCH ! Deleted referenced object with nonzero reference count");
+    }
 
     /// A new object of the same class and value. Classes whose objects may be copied by holders override it;
     /// the base raises qxFatalError.
@@ -55,8 +59,9 @@ public:
     virtual void unref()
     {
         if (m_count == 0)
-            throwFatalException("REFERENCE MISMATCH ! Unref an object with zero reference count.", nullptr);
-        if (--m_count == 0) delete this;
+            raiseMismatch("REFERENCE MISMATCH ! Unref an object with zero reference count.");
+        else if (--m_count == 0)
+            delete this;
     }
 
     /// Counts one holder less, never deletes, and returns the new count.
@@ -73,6 +78,9 @@ public:
     const qxCopyMode& getCopyMode() const { return m_copyMode; }
 
 protected:
+    /// Raises a fault of the count; returns when an exception is under way.
+    static void raiseMismatch(const char* text);
+
     unsigned int m_count;
 
 private:
@@ -102,6 +110,8 @@ public:
     unsigned int getRef() const override;
 
 private:
+    unsigned int countDown(); // returns the count before, 0 after a fault
+
     qxMutex m_lock; // guards the count
 };
 

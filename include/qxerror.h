@@ -83,27 +83,29 @@ public:
     [[noreturn]] static void qxThrowFatal(const char* format, const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseFatal(0, false, format, list.values, list.count);
+        raiseFatal(QX_FLAG_UNTRANSLATED, true, format, list.values, list.count);
     }
     template <class... Arguments>
     [[noreturn]] static void qxThrowFatal(const wchar_t* format, const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseFatal(0, false, qxString(format).getString(), list.values, list.count);
+        raiseFatal(QX_FLAG_UNTRANSLATED, true, qxString(format).getString(), list.values, list.count);
     }
     template <qxIsMessageEncoding Encoding, class... Arguments>
     [[noreturn]] static void qxThrowFatal(Encoding encoding, const char* format,
                                           const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseFatal(static_cast<qxMessageEncoding>(encoding), true, format, list.values, list.count);
+        const auto flags = static_cast<qxMessageEncoding>(encoding);
+        raiseFatal(flags, (flags & QX_FLAG_UNTRANSLATED) == 0, format, list.values, list.count);
     }
     template <qxIsMessageEncoding Encoding, class... Arguments>
     [[noreturn]] static void qxThrowFatal(Encoding encoding, const wchar_t* format,
                                           const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseFatal(static_cast<qxMessageEncoding>(encoding), true, qxString(format).getString(), list.values,
+        const auto flags = static_cast<qxMessageEncoding>(encoding);
+        raiseFatal(flags, (flags & QX_FLAG_UNTRANSLATED) == 0, qxString(format).getString(), list.values,
                    list.count);
     }
 
@@ -111,34 +113,36 @@ public:
     [[noreturn]] static void qxThrowWarning(const char* format, const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseWarning(0, false, format, list.values, list.count);
+        raiseWarning(QX_FLAG_UNTRANSLATED, true, format, list.values, list.count);
     }
     template <class... Arguments>
     [[noreturn]] static void qxThrowWarning(const wchar_t* format, const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseWarning(0, false, qxString(format).getString(), list.values, list.count);
+        raiseWarning(QX_FLAG_UNTRANSLATED, true, qxString(format).getString(), list.values, list.count);
     }
     template <qxIsMessageEncoding Encoding, class... Arguments>
     [[noreturn]] static void qxThrowWarning(Encoding encoding, const char* format,
                                             const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseWarning(static_cast<qxMessageEncoding>(encoding), true, format, list.values, list.count);
+        const auto flags = static_cast<qxMessageEncoding>(encoding);
+        raiseWarning(flags, (flags & QX_FLAG_UNTRANSLATED) == 0, format, list.values, list.count);
     }
     template <qxIsMessageEncoding Encoding, class... Arguments>
     [[noreturn]] static void qxThrowWarning(Encoding encoding, const wchar_t* format,
                                             const Arguments&... arguments)
     {
         const qxArgumentList<Arguments...> list = {{qxArgument(arguments)...}};
-        raiseWarning(static_cast<qxMessageEncoding>(encoding), true, qxString(format).getString(),
-                     list.values, list.count);
+        const auto flags = static_cast<qxMessageEncoding>(encoding);
+        raiseWarning(flags, (flags & QX_FLAG_UNTRANSLATED) == 0, qxString(format).getString(), list.values,
+                     list.count);
     }
 
 private:
-    [[noreturn]] static void raiseFatal(qxMessageEncoding encoding, bool hasEncoding, const char* format,
+    [[noreturn]] static void raiseFatal(qxMessageEncoding encoding, bool isTranslated, const char* format,
                                         const qxArgument* arguments, unsigned int count);
-    [[noreturn]] static void raiseWarning(qxMessageEncoding encoding, bool hasEncoding, const char* format,
+    [[noreturn]] static void raiseWarning(qxMessageEncoding encoding, bool isTranslated, const char* format,
                                           const qxArgument* arguments, unsigned int count);
 };
 

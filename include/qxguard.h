@@ -67,13 +67,15 @@ private:
 
 /// Counts how deep a thread is inside a body of code, to detect that it comes in again. Locks nothing.
 ///
-/// Errors: a counter that is 0 at the end of the scope stays 0, and the warning "RECURSIVE MISMATCH ! Left
-///         recursion with zero recursion count." is sent.
+/// Lifetime: the counter is the caller's and outlives the guard.
+/// Threads:  the counter belongs to one thread at a time.
+/// Errors:   a counter that is 0 at the end of the scope stays 0, and the warning "RECURSIVE MISMATCH ! Left
+///           recursion with zero recursion count." is sent; what its receivers raise is lost.
 class QX_API qxRecursiveBodyGuard
 {
 public:
     explicit qxRecursiveBodyGuard(unsigned int& counter) : m_counter(&counter) { ++counter; }
-    virtual ~qxRecursiveBodyGuard() noexcept(false);
+    virtual ~qxRecursiveBodyGuard();
 
     unsigned int getRecursionDepth() const { return *m_counter; }
 

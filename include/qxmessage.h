@@ -24,11 +24,20 @@ constexpr qxMessageLevel QX_FLAG_UNTRANSLATED = 0x200; ///< the translator is sk
 constexpr qxMessageLevel QX_FLAG_LITERAL = 0x400;      ///< the text is sent as it stands, without formatting
 constexpr qxMessageLevel QX_FLAG_INTERNAL = 0x800;     ///< shown only when the level setting has the flag too
 
+/// What is to happen after a message of the level Assert.
+enum qxAssertAnswer : unsigned int {
+    QX_ASSERT_ABORT, ///< the process ends with the abort signal
+    QX_ASSERT_RETRY, ///< qxFatalError "breakpoint" with the code 9999 is raised out of the message
+    QX_ASSERT_IGNORE ///< execution goes on
+};
+
 /// Receives every message that passes the level.
 ///
-/// Lifetime: the destructor removes the receiver from the channel.
+/// Lifetime: must stay alive while it is registered; the destructor removes it from the channel, but a class
+///           whose messages come from several threads removes itself at the start of its own destructor.
 /// Threads:  called with the message lock held: a receiver may send messages, but must not wait for another
 ///           thread that sends, nor ask a thread with its watchdog whether it runs.
+/// Errors:   what a receiver raises leaves the message at once; receivers behind it do not get it.
 class QX_API qxMessageReceiverInterface
 {
 public:
@@ -44,15 +53,20 @@ public:
 
 /// Replaces the formats of messages and errors before they are filled in.
 ///
-/// Lifetime: must stay alive while it is installed.
+/// Lifetime: must stay alive while it is installed. It has no virtual destructor: derived classes are final,
+///           or give themselves one.
+/// Threads:  called with the message lock held.
 class QX_API qxMessageTranslatorInterface
 {
 public:
     /// The text to use for `format`; an empty one suppresses a message and leaves an error its own text.
+    /// `level` is the message's with its flags; for errors and labels it is Always.
     virtual qxString onTranslate(const qxString& sender, qxMessageLevel level, const qxString& format) = 0;
 
-    /// The language of translations; at first the user key "QUAXO_LANGUAGE".
+    /// The language of translations; at first the user key "QUAXO_LANGUAGE", which is asked on first use.
     static qxString getCurrentLanguage();
+
+    /// The default translator reads its language file again before its next translation.
     static void setCurrentLanguage(const qxString& language);
 
     /// Installs the default translator, or with false removes it when it is the installed one.
@@ -64,7 +78,7 @@ protected:
 };
 
 /// One row of a table of translations.
-struct qxTranslation {
+struct QX_API qxTranslation {
     qxString sender; ///< empty: any sender
     qxString text;
     qxString translation;
@@ -75,9 +89,13 @@ struct qxTranslation {
 /// With no receiver registered when the first message comes, the default receiver is installed: it writes to
 /// standard output and to the platform's debug output and shows a dialog for assertions.
 ///
-/// Threads: any. One process-wide lock is held while receivers run; a thread inside it may send again.
-/// Errors:  raised by wrong formats, as in qxString::format, and by what receivers raise; the channel stays
-///          usable.
+/// A message passes through the level, the translator (levels from Notice on, without the flag 0x200), the
+/// formatting (without the flag 0x400) and then to the receivers.
+///
+/// Lifetime: usable before main and after exit; while the library is unloaded messages are dropped.
+/// Threads:  any. One process-wide lock is held while receivers run; a thread inside it may send again.
+/// Errors:   raised by wrong formats, as in qxString::format, and by what receivers raise; the channel stays
+///           usable.
 class QX_API qxMessage
 {
 public:
@@ -115,15 +133,18 @@ public:
         send(&sender, level, format, list.values, list.count);
     }
 
-    /// Sends a finished text: it is neither translated nor formatted, and receivers see exactly `level`.
+    /// Sends a finished text: it is not formatted, whatever it holds, and receivers see exactly `level`.
     static void messageText(const qxString& sender, qxMessageLevel level, const char* text);
 
     /// Messages below `level` are dropped from now on; the start is Notice. A level above Always is ignored.
     static void setMessageLevel(qxMessageLevel level);
     static qxMessageLevel getMessageLevel();
 
-    /// The receiver is called from now on, behind those already there; a second entry changes nothing.
+    /// The receiver is called from the next message on, behind those already there; a second entry changes
+    /// nothing.
     static void addMessageReceiver(qxMessageReceiverInterface* receiver);
+
+    /// The receiver is not called any more, not even for a message that is under way on this thread.
     static void removeMessageReceiver(qxMessageReceiverInterface* receiver);
 
     /// The receiver that is installed when nobody registered another.
@@ -136,22 +157,32 @@ public:
     /// The translator that reads the language file.
     static qxMessageTranslatorInterface* getDefaultMessageTranslator();
 
-    /// Enters a translation of the default translator; an empty `sender` stands for all.
+    /// Enters a translation of the default translator, before those of its language file; an empty `sender`
+    /// stands for all that have none of their own, and an empty `translation` suppresses messages.
     static void setTranslation(const qxString& sender, const qxString& text, const qxString& translation);
 
     /// `text` as the installed translator gives it for an error; without one, and where its answer is empty,
     /// `text` itself. Takes no lock when no translator is installed.
     static qxString translate(const qxString& sender, const qxString& text);
 
-    /// The built-in table of translations.
+    /// The built-in table: labels and texts of the library in its own language, the start of a language file.
     static qxArray<qxTranslation> getDefaultTranslations();
 
     /// The name under which the library itself sends: "QuaxoSDK".
     static const qxString& getDefaultSender();
 
-    /// Holds the message lock, so that no other thread's messages come in between.
+    /// Holds the message lock, so that no other thread's messages come in between. A thread may take it
+    /// several times and gives it back as often.
     static void waitLock();
     static void unLock();
+
+    /// Replaces where the default receiver sends the whole message besides standard output: header, text and
+    /// a line feed. Null is the debug output of the platform.
+    static void setDebugOutput(void (*output)(const char* line));
+
+    /// Replaces how the default receiver asks about assertions, with the message lock held. Null is the
+    /// dialog of the platform.
+    static void setAssertDialog(qxAssertAnswer (*dialog)(const char* title, const char* body));
 
 private:
     friend class qxMessageState;
@@ -165,6 +196,7 @@ private:
         return level < (gate & 0xF07F) || (level & ~gate & QX_FLAG_INTERNAL) != 0;
     }
 
+    // A null `sender` is the default one.
     static void send(const qxString* sender, qxMessageLevel level, const char* format,
                      const qxArgument* arguments, unsigned int count);
     static void send(const qxString* sender, qxMessageLevel level, const wchar_t* format,
@@ -172,6 +204,6 @@ private:
 
     static constexpr unsigned int GATE_CLOSED_TO_SHORTCUT = 0x80000000;
 
-    static std::atomic<unsigned int>
-        s_gate; // the level setting, and whether every message must take the lock
+    // The level setting, and whether every message must take the lock; written with the lock held.
+    static std::atomic<unsigned int> s_gate;
 };

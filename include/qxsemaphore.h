@@ -10,7 +10,7 @@
 ///
 /// There is no queue and no fairness; waiting is a series of bounded sleeps.
 ///
-/// Lifetime: a copy of a held semaphore is held as often.
+/// Lifetime: a copy of a held semaphore is held as often, under the same value.
 /// Threads:  any thread may call any operation, also unLock for a holding of another thread.
 /// Errors:   none.
 class QX_API qxSemaphore
@@ -33,25 +33,34 @@ public:
     /// Gives one holding back and wakes the sleepers when it was the last.
     void unLock() const;
 
+    /// The value under which the semaphore is held, or was held last.
     unsigned int getOwnerValue() const;
+
+    /// How many holdings there are.
     unsigned int getSpinLockCount() const;
 
     /// Sets the maximum (0: no limit) and returns the one before. Holders beyond it stay.
     unsigned int setMaxLockCount(unsigned int maxLockCount);
 
 private:
-    bool grant(unsigned int value) const;
+    struct Fields {
+        unsigned int maxLockCount;
+        unsigned int ownerValue;
+        unsigned int lockCount;
+    };
 
-    unsigned int m_maxLockCount;
-    qxMutex m_lock; // guards the maximum, the owner value and the count
-    mutable unsigned int m_ownerValue;
-    mutable unsigned int m_lockCount;
-    qxEvent m_event; // sleepers wait here
+    bool grant(unsigned int value) const;
+    Fields getFields() const;
+
+    qxMutex m_lock; // guards the fields; never held during a sleep
+    mutable Fields m_fields;
+    qxEvent m_event; // sleepers wait here; its own lock is never taken together with m_lock
 };
 
 /// Readers together, shared writers together, or one exclusive writer, who may take the lock again.
 ///
-/// A thread that holds a read lock and asks for the write lock waits for itself without end.
+/// Everyone gives back with unLock. A thread that holds a read lock and asks for the write lock waits for
+/// itself without end. Readers that keep coming can keep a writer out, and the other way round.
 ///
 /// Threads: as qxSemaphore.
 class QX_API qxReadWriteMutex : public qxSemaphore

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <atomic>
+
 /// Bytes of room for a lock and for a condition, aligned to 8: `alignas(8) unsigned char m_room[64]`.
 constexpr unsigned int QX_PLATFORM_LOCK_ROOM = 64;
 constexpr unsigned int QX_PLATFORM_CONDITION_ROOM = 64;

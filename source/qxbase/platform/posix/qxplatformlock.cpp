@@ -34,6 +34,8 @@ constexpr std::uint64_t WAKE = std::uint64_t{1} << 32;
 constexpr std::uint64_t SLEEPER = std::uint64_t{1} << 48;
 constexpr std::uint64_t MOST_SLEEPERS = 0xFFFF;
 
+constexpr unsigned int STOP_POLL_MILLISECONDS = 10;
+
 static_assert(sizeof(pthread_mutex_t) <= QX_PLATFORM_LOCK_ROOM && alignof(pthread_mutex_t) <= 8);
 static_assert(sizeof(Condition) <= QX_PLATFORM_CONDITION_ROOM && alignof(Condition) <= 8);
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
@@ -110,9 +112,30 @@ bool addSleeper(Condition& condition, unsigned int& start)
     return true;
 }
 
+bool isBefore(const timespec& left, const timespec& right)
+{
+    return left.tv_sec != right.tv_sec ? left.tv_sec < right.tv_sec : left.tv_nsec < right.tv_nsec;
+}
+
+// When a sleep ends without a wake: at the deadline, if any, or soon after `stop`, if any, became true.
+struct Limit {
+    const timespec* deadline;
+    const std::atomic<bool>* stop;
+};
+
+Pause pauseThread(void* number, unsigned int seen, const Limit& limit)
+{
+    if (!limit.stop) return pauseThread(number, seen, limit.deadline);
+    const timespec look = deadlineAfter(STOP_POLL_MILLISECONDS);
+    const bool deadlineFirst = limit.deadline && isBefore(*limit.deadline, look);
+    const Pause pause = pauseThread(number, seen, deadlineFirst ? limit.deadline : &look);
+    const bool isOver = deadlineFirst || limit.stop->load();
+    return pause == Pause::TIMED_OUT && !isOver ? Pause::OTHER : pause;
+}
+
 // Sleeps until there is a wake that was sent after `start`, takes it and returns true, or until the
-// deadline. The caller has been counted and is not when this returns.
-bool awaitWake(Condition& condition, unsigned int start, const timespec* deadline)
+// limit. The caller has been counted and is not when this returns.
+bool awaitWake(Condition& condition, unsigned int start, const Limit& limit)
 {
     Pause pause = Pause::OTHER;
     bool passedOn = false;
@@ -131,7 +154,7 @@ bool awaitWake(Condition& condition, unsigned int start, const timespec* deadlin
             passedOn = true;
             wakeThreads(numberAddress(condition), INT_MAX);
         }
-        pause = pauseThread(numberAddress(condition), numberIn(word), deadline);
+        pause = pauseThread(numberAddress(condition), numberIn(word), limit);
     }
 }
 
@@ -196,7 +219,8 @@ void qxPlatformConditionWakeOne(void* room)
     wake(conditionIn(room), 1);
 }
 
-bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseconds)
+bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseconds,
+                              const std::atomic<bool>* stop)
 {
     const bool limited = milliseconds != QX_PLATFORM_NO_LIMIT;
     const timespec deadline = limited ? deadlineAfter(milliseconds) : timespec{};
@@ -205,7 +229,7 @@ bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseco
     unsigned int start = 0;
     if (!addSleeper(condition, start)) return false;
     pthread_mutex_unlock(lockIn(lockRoom));
-    const bool woken = awaitWake(condition, start, limited ? &deadline : nullptr);
+    const bool woken = awaitWake(condition, start, Limit{limited ? &deadline : nullptr, stop});
     pthread_mutex_lock(lockIn(lockRoom));
     return woken;
 }

@@ -49,7 +49,7 @@ public:
     }
 
     /// How many holdings the owner has; 0 when the lock is free. Reads without locking.
-    unsigned int getSpinLockCount() const { return m_count.load(std::memory_order_relaxed); }
+    unsigned int getSpinLockCount() const { return m_depth.load(std::memory_order_relaxed); }
 
 protected:
     /// True when the calling thread holds the lock.
@@ -67,7 +67,7 @@ private:
 
     // Who is inside and how often: written with the platform's lock held, read by anyone.
     mutable std::atomic<unsigned int> m_holder{0};
-    mutable std::atomic<unsigned int> m_count{0};
+    mutable std::atomic<unsigned int> m_depth{0};
     std::atomic<unsigned char> m_trackOwner;
 
     alignas(8) mutable unsigned char m_room[64]; // the platform's plain lock, taken once however deep

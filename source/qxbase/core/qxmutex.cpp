@@ -24,7 +24,7 @@ qxMutex& qxMutex::operator=(const qxMutex& other)
 
 qxMutex::~qxMutex() noexcept(false)
 {
-    if (m_count.load(std::memory_order_relaxed) != 0) {
+    if (m_depth.load(std::memory_order_relaxed) != 0) {
         try {
             qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_UNTRANSLATED,
                                "qxMutex (%x) deleted with unbalanced Lock/unLock",
@@ -40,7 +40,7 @@ void qxMutex::waitLock() const
 {
     const unsigned int caller = qxPlatformThreadId();
     if (m_holder.load(std::memory_order_relaxed) == caller) {
-        m_count.store(m_count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        m_depth.store(m_depth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         return;
     }
     qxPlatformLockEnter(m_room);
@@ -51,7 +51,7 @@ unsigned char qxMutex::tryLock() const
 {
     const unsigned int caller = qxPlatformThreadId();
     if (m_holder.load(std::memory_order_relaxed) == caller) {
-        m_count.store(m_count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+        m_depth.store(m_depth.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         return 1;
     }
     if (!qxPlatformLockTryEnter(m_room)) return 0;
@@ -64,9 +64,9 @@ void qxMutex::unLock() const
     const unsigned int caller = qxPlatformThreadId();
     if (m_holder.load(std::memory_order_relaxed) != caller) return;
 
-    const unsigned int count = m_count.load(std::memory_order_relaxed) - 1;
+    const unsigned int count = m_depth.load(std::memory_order_relaxed) - 1;
     if (count != 0) {
-        m_count.store(count, std::memory_order_relaxed);
+        m_depth.store(count, std::memory_order_relaxed);
         return;
     }
     setHeld(0, 0);
@@ -82,7 +82,7 @@ bool qxMutex::sleepReleased(void* conditionRoom, unsigned int milliseconds,
                             const std::atomic<bool>* stop) const
 {
     const unsigned int holder = m_holder.load(std::memory_order_relaxed);
-    const unsigned int count = m_count.load(std::memory_order_relaxed);
+    const unsigned int count = m_depth.load(std::memory_order_relaxed);
     setHeld(0, 0);
     const bool woken = qxPlatformConditionSleep(conditionRoom, m_room, milliseconds, stop);
     setHeld(holder, count);
@@ -91,6 +91,6 @@ bool qxMutex::sleepReleased(void* conditionRoom, unsigned int milliseconds,
 
 void qxMutex::setHeld(unsigned int holder, unsigned int count) const
 {
-    m_count.store(count, std::memory_order_relaxed);
+    m_depth.store(count, std::memory_order_relaxed);
     m_holder.store(holder, std::memory_order_relaxed);
 }

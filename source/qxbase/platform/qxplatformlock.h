@@ -57,4 +57,8 @@ void qxPlatformConditionWakeOne(void* room);
 /// without a wake sleeps on for the rest of the time. The time runs on the steady clock and does not
 /// include the wait for the lock afterwards. A condition has room for 65,535 sleepers; one more gets
 /// false at once.
-bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseconds);
+///
+/// `stop`, when not null, is looked at every 10 milliseconds and ends the sleep when it is true, as if the
+/// time had run out. Between two looks the caller stays a sleeper, so that no wake is missed.
+bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseconds,
+                              const std::atomic<bool>* stop = nullptr);

@@ -317,7 +317,6 @@ public:
 
 private:
     friend class qxUniqueTable;
-    friend class qxUniqueString;
 
     /// Bytes in the buffer of an owned text of `length` bytes: a fixed rule, so that no field is needed.
     static unsigned int roomFor(unsigned int length)

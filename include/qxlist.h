@@ -68,10 +68,14 @@ public:
         freeNodes(m_free);
     }
 
-    /// Replaces the items by what onCopy gives for those of `other`, and takes its switch over.
+    /// Replaces the items by what onCopy gives for those of `other`.
     qxList& operator=(const qxList& other)
     {
-        if (this != &other) copyItems(other);
+        if (this == &other) return *this;
+        Chain copies(*this);
+        copies.copy(other.m_head);
+        copies.swap();
+        copies.drop(); // what was in the list
         return *this;
     }
 
@@ -174,14 +178,13 @@ public:
     bool isRecycling() const { return m_isRecycling; }
 
 protected:
-    /// What assignment does: takes copies of all that `other` has or, when that fails, changes nothing.
+    /// Appends what onCopy gives for the items of `other`: all of them or, when that fails, none.
     void copyItems(const qxList& other)
     {
-        Chain chain(*this);
-        chain.copy(other.m_head);
-        chain.swap();
-        setRecycling(other.m_isRecycling);
-        chain.drop(); // what was in the list
+        m_isRecycling = other.m_isRecycling;
+        Chain copies(*this);
+        copies.copy(other.m_head);
+        copies.appendToList();
     }
 
     /// For destructors of classes with hooks: removes all items. After an exception of a hook the others are
@@ -243,6 +246,14 @@ private:
             std::swap(m_head, m_list.m_head);
             std::swap(m_tail, m_list.m_tail);
             std::swap(m_entries, m_list.m_entries);
+        }
+
+        void appendToList()
+        {
+            if (!m_head) return;
+            (m_list.m_tail ? m_list.m_tail->next : m_list.m_head) = std::exchange(m_head, nullptr);
+            m_list.m_tail = m_tail;
+            m_list.m_entries += m_entries;
         }
 
         void drop()

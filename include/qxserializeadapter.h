@@ -9,6 +9,7 @@
 #include "qxstring.h"
 
 #include <memory>
+#include <vector>
 
 class qxRefInstanceArray;
 class qxRefInstanceDictionary;
@@ -118,7 +119,11 @@ public:
     qxUInt64 length();
 
     /// 1 when `count` bytes can be read. Consumes nothing, but may have to wait for the stream.
-    unsigned char hasData(unsigned int count = 1);
+    unsigned char hasData(unsigned int count = 1)
+    {
+        if (count == 1 && m_head == m_tail && m_window.next < m_window.end) return 1;
+        return askForData(count);
+    }
 
     /// Calls the write or read of `data`; any other action does nothing.
     void serialize(qxSerializeData* data, qxSerializeAction action);
@@ -227,10 +232,16 @@ private:
     /// lent.
     virtual void fillWindow(unsigned int wanted);
 
+    unsigned int getLent() const
+    {
+        return m_window.next < m_window.end ? static_cast<unsigned int>(m_window.end - m_window.next) : 0;
+    }
     unsigned char readByte();
+    unsigned char askForData(unsigned int count);
     unsigned char takePushedBack();
     unsigned int takePushedBack(unsigned char* buffer, unsigned int count);
     void skip(unsigned int count);
+    void readUpTo(unsigned int count, std::vector<unsigned char>& bytes);
     void makeRoom(unsigned int count);
 
     qxString m_urlBase;

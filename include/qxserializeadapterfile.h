@@ -52,6 +52,8 @@ public:
     void readLargeChunks(unsigned char mode) { m_largeChunks = mode; }
     unsigned char readLargeChunks() const { return m_largeChunks; }
 
+    const qxString& getFileName() const { return m_fileName; }
+
     /// Frees the idle buffers that the adapters of the process share. Any thread may call it.
     static void cleanUpLargeFiles();
 
@@ -69,30 +71,40 @@ public:
     virtual unsigned char reset(unsigned int position);
 
 protected:
-    /// For adapters that open in their own way: writes to `file`, which becomes this object's; null has
-    /// failed to open.
-    qxSerializeAdapterFile(const qxString& fileName, qxPlatformFile* file);
+    struct Unopened {};
 
-    /// Writes the queue to the file and waits until it is on the disk; false, and an error, when it could
-    /// not be.
+    /// For adapters that open in their own way: for writing, no file yet.
+    qxSerializeAdapterFile(const qxString& fileName, Unopened);
+
+    /// Takes `file` over; null could not be opened, for the reason `systemError`.
+    void setFile(qxPlatformFile* file, int systemError);
+
+    /// Writes the queue to the file and waits until it is on the disk; false, and an error, when that failed.
     bool writeThrough();
 
-    /// Drops what the queue holds and closes the file. False, and an error, when data was lost.
+    /// Drops what the queue holds and closes the file; false, and an error, when written data was lost.
     bool close();
+
+    /// Sets `text`, translated, the name and the system's description of the error as the error.
+    void setFileError(const char* text, int systemError);
 
 private:
     void fillWindow(unsigned int wanted) override;
 
-    void open(unsigned char update);
+    void open();
     unsigned int getQueued() const { return static_cast<unsigned int>(m_queueEnd - m_window.next); }
+    void emptyQueue() { setQueue(m_buffer, m_buffer); }
     void setQueue(unsigned char* next, unsigned char* end);
     void takeBuffer();
+    unsigned int takeQueued(unsigned char* buffer, unsigned int count);
     unsigned int readFile(unsigned char* buffer, unsigned int count);
     void fillQueue(unsigned int count);
-    unsigned int takeQueued(unsigned char* buffer, unsigned int count);
+    void requireInput() const;
+    void requireOutput() const;
+    void append(const unsigned char* bytes, unsigned int count);
+    bool writeFile(const unsigned char* bytes, unsigned int count, unsigned int& written);
     bool writeQueue();
-    bool writeFile(const unsigned char* bytes, unsigned int count);
-    void setFileError(const char* text, int systemError);
+    void writeQueueAndGoToEnd();
 
     unsigned char* m_buffer = nullptr;   // QUEUE_SIZE bytes of the pool once it is needed
     unsigned char* m_queueEnd = nullptr; // the queue is from where the window starts to here

@@ -20,8 +20,8 @@ public:
     explicit qxSerializeAdapterReplace(const qxString& fileName);
     ~qxSerializeAdapterReplace() noexcept(false) override;
 
-    /// Replaces the file and returns true. When anything failed, also earlier, the file stays as it was and
-    /// the error tells why. Nothing can be written afterwards.
+    /// Replaces the file and returns true. False when anything failed, also earlier; the error tells why.
+    /// Nothing can be written afterwards.
     bool commit();
 
     /// True when `fileName` is an ordinary file or nothing at all; false for directories, devices and pipes,
@@ -29,5 +29,7 @@ public:
     static bool canReplace(const qxString& fileName);
 
 private:
+    void drop();
+
     qxString m_temporary; // empty when there is none
 };

@@ -1,0 +1,16 @@
+// Texts that have to fit somewhere.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxstring.h"
+
+/// The first `maximum` bytes of `text`, less those of a character that does not fit whole.
+inline qxString qxCutText(const qxString& text, unsigned int maximum)
+{
+    if (text.length() <= maximum) return text;
+    const char* const bytes = text.getString();
+    unsigned int length = maximum;
+    while (length > 0 && (bytes[length] & 0xC0) == 0x80) --length;
+    return qxString(bytes, length);
+}

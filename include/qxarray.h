@@ -26,6 +26,17 @@ template <class T>
 class qxDynamicArray
 {
     static_assert(alignof(T) <= alignof(std::max_align_t), "the library heap does not align further");
+    static constexpr bool HAS_QUIET_ITEMS = std::is_nothrow_destructible_v<T>;
+
+    /// Takes away what an error in an item's destructor has left.
+    struct Rest {
+        qxDynamicArray& array;
+        ~Rest() noexcept(HAS_QUIET_ITEMS)
+        {
+            array.clear();
+            qx_free(array.m_items);
+        }
+    };
 
 public:
     static constexpr unsigned int DEFAULT_GRANULARITY = 16;
@@ -42,10 +53,11 @@ public:
 
     qxDynamicArray(qxDynamicArray&& other) noexcept : qxDynamicArray(other.m_granularity) { swap(other); }
 
-    ~qxDynamicArray()
+    /// May raise what an item's destructor raises; the others go all the same.
+    ~qxDynamicArray() noexcept(HAS_QUIET_ITEMS)
     {
+        const Rest rest{*this};
         clear();
-        qx_free(m_items);
     }
 
     qxDynamicArray& operator=(const qxDynamicArray& other)
@@ -54,9 +66,9 @@ public:
         return *this;
     }
 
-    qxDynamicArray& operator=(qxDynamicArray&& other) noexcept
+    qxDynamicArray& operator=(qxDynamicArray&& other) noexcept(HAS_QUIET_ITEMS)
     {
-        swap(other);
+        qxDynamicArray(std::move(other)).swap(*this);
         return *this;
     }
 
@@ -105,7 +117,7 @@ public:
     /// Appends copies of `count` items, which must not be this array's own.
     void append(const T* items, std::size_t count)
     {
-        reserve(m_entries + count);
+        reserve(count > MAX_ENTRIES ? count : m_entries + count); // the sum must not overflow
         for (const T* item = items; item != items + count; ++item, ++m_entries)
             new (static_cast<void*>(m_items + m_entries)) T(*item);
     }
@@ -125,7 +137,7 @@ public:
     }
 
     /// Removes all items and keeps the room.
-    void clear() noexcept
+    void clear() noexcept(HAS_QUIET_ITEMS)
     {
         while (m_entries > 0) m_items[--m_entries].~T();
     }
@@ -139,6 +151,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t MAX_ENTRIES = std::numeric_limits<unsigned int>::max();
+
     void checkIndex(std::size_t index) const
     {
         if (index >= m_entries) throwFatalTemplateError("Index out of bounds in array");
@@ -146,10 +160,9 @@ private:
 
     void grow(std::size_t entries)
     {
-        constexpr std::size_t LARGEST = std::numeric_limits<unsigned int>::max();
-        if (entries > LARGEST) qxThrowBadAlloc(__FILE__, __LINE__);
+        if (entries > MAX_ENTRIES) qxThrowBadAlloc(__FILE__, __LINE__);
         const std::size_t capacity = (entries + m_granularity - 1) / m_granularity * m_granularity;
-        if (capacity > LARGEST) qxThrowBadAlloc(__FILE__, __LINE__);
+        if (capacity > MAX_ENTRIES) qxThrowBadAlloc(__FILE__, __LINE__);
         if constexpr (std::is_trivially_copyable_v<T>) {
             void* const room = qx_realloc(m_items, capacity * sizeof(T));
             if (!room) qxThrowBadAlloc(__FILE__, __LINE__);
@@ -163,7 +176,9 @@ private:
     void moveTo(T* room)
     {
         std::unique_ptr<void, void (*)(void*)> unused(room, &qx_free); // given back when a copy throws
-        if constexpr (std::is_nothrow_move_constructible_v<T> || !std::is_copy_constructible_v<T>)
+        // The standard's trait would also ask for a destructor that raises nothing.
+        constexpr bool isMovedQuietly = noexcept(new (std::declval<void*>()) T(std::declval<T>()));
+        if constexpr (isMovedQuietly || !std::is_copy_constructible_v<T>)
             std::uninitialized_move(begin(), end(), room);
         else
             std::uninitialized_copy(begin(), end(), room);

@@ -260,7 +260,7 @@ protected:
         Table table(*this);
         table.copy(other);
         table.swap();
-        m_isRecycling = other.m_isRecycling;
+        setRecycling(other.m_isRecycling);
         m_isAutoGrow = other.m_isAutoGrow;
         m_isCaching = other.m_isCaching;
         table.drop(); // what was in the dictionary

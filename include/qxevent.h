@@ -62,9 +62,10 @@ public:
 private:
     friend class qxEventWaiter;
 
-    /// As wait, and also ends, with 0, soon after `stop` became true.
+    /// As wait with `locked` 1, and also ends, with 0, soon after `stop` became true.
     unsigned char waitUnlessStopped(unsigned int timeout, const std::atomic<bool>& stop) const;
 
+    /// Returns the count of before; 0, and `mismatch` is raised, when there was nothing to count down.
     unsigned int countDown(const char* mismatch);
 
     alignas(8) mutable unsigned char m_condition[64]; // the platform's condition

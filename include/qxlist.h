@@ -68,14 +68,10 @@ public:
         freeNodes(m_free);
     }
 
-    /// Replaces the items by what onCopy gives for those of `other`.
+    /// Replaces the items by what onCopy gives for those of `other`, and takes its switch over.
     qxList& operator=(const qxList& other)
     {
-        if (this == &other) return *this;
-        Chain copies(*this);
-        copies.copy(other.m_head);
-        copies.swap();
-        copies.drop(); // what was in the list
+        if (this != &other) copyItems(other);
         return *this;
     }
 
@@ -178,13 +174,14 @@ public:
     bool isRecycling() const { return m_isRecycling; }
 
 protected:
-    /// Appends what onCopy gives for the items of `other`: all of them or, when that fails, none.
+    /// What assignment does: takes copies of all that `other` has or, when that fails, changes nothing.
     void copyItems(const qxList& other)
     {
-        m_isRecycling = other.m_isRecycling;
-        Chain copies(*this);
-        copies.copy(other.m_head);
-        copies.appendToList();
+        Chain chain(*this);
+        chain.copy(other.m_head);
+        chain.swap();
+        setRecycling(other.m_isRecycling);
+        chain.drop(); // what was in the list
     }
 
     /// For destructors of classes with hooks: removes all items. After an exception of a hook the others are
@@ -246,14 +243,6 @@ private:
             std::swap(m_head, m_list.m_head);
             std::swap(m_tail, m_list.m_tail);
             std::swap(m_entries, m_list.m_entries);
-        }
-
-        void appendToList()
-        {
-            if (!m_head) return;
-            (m_list.m_tail ? m_list.m_tail->next : m_list.m_head) = std::exchange(m_head, nullptr);
-            m_list.m_tail = m_tail;
-            m_list.m_entries += m_entries;
         }
 
         void drop()

@@ -124,7 +124,11 @@ private:
 /// Copying a holder clones the object or shares it, as the object's useDeepCopy says; assigning always
 /// shares; moving hands the object over.
 ///
+/// Keep holders in the library's containers: std::vector copies what has a destructor that may raise when it
+/// grows, so it would clone, and lets no error out.
+///
 /// Threads: one holder is used by one thread at a time.
+/// Errors:  what the object's destructor raises.
 template <class T>
 class qxRefPointer
 {
@@ -141,7 +145,6 @@ public:
 
     qxRefPointer(qxRefPointer&& other) noexcept : m_object(other.m_object) { other.m_object = nullptr; }
 
-    /// May raise what the object's destructor raises.
     ~qxRefPointer() noexcept(false)
     {
         if (m_object) m_object->unref();

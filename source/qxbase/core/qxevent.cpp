@@ -2,8 +2,6 @@
 
 #include "qxevent.h"
 
-#include "qxerror.h"
-
 #include "platform/qxplatformlock.h"
 
 #include <atomic>
@@ -57,7 +55,6 @@ unsigned char qxEvent::waitAndLock(unsigned int timeout, unsigned char locked) c
 
 unsigned char qxEvent::waitUnlessStopped(unsigned int timeout, const std::atomic<bool>& stop) const
 {
-    waitLock();
     const bool woken = timeout != 0 && sleepReleased(m_condition, timeout, &stop);
     unLock();
     return woken;
@@ -73,12 +70,13 @@ void qxEvent::ref()
 
 void qxEvent::unref()
 {
-    if (countDown("REFERENCE MISMATCH ! Unref an object with zero reference count.") == 0) checkDelete();
+    if (countDown("REFERENCE MISMATCH ! Unref an object with zero reference count.") == 1) checkDelete();
 }
 
 unsigned int qxEvent::unrefNoDelete()
 {
-    return countDown("REFRENCE MISMATCH ! Unref an object with zero reference count.");
+    const unsigned int before = countDown("REFRENCE MISMATCH ! Unref an object with zero reference count.");
+    return before == 0 ? 0 : before - 1;
 }
 
 bool qxEvent::checkDelete()
@@ -101,7 +99,10 @@ unsigned int qxEvent::countDown(const char* mismatch)
     const std::atomic_ref<unsigned int> shared(m_count);
     unsigned int count = shared.load(std::memory_order_relaxed);
     do {
-        if (count == 0) qxExceptionThrows::qxThrowFatal(mismatch);
+        if (count == 0) {
+            raiseMismatch(mismatch);
+            return 0;
+        }
     } while (!shared.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel));
-    return count - 1;
+    return count;
 }

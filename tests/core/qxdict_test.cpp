@@ -1,0 +1,421 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxdict.h"
+
+#include "qxkeys.h"
+#include "qxstring.h"
+#include "qxtype.h"
+
+#include "qxtestobject.h"
+#include "qxtestsupport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using NumberDict = qxDict<qxUInt32CompareInterface, const char>;
+
+/// A key that counts how often its class compares, and hashes as it is told.
+class CountingKey
+{
+public:
+    CountingKey(int value, unsigned int hash) : m_value(value), m_hash(hash) {}
+    unsigned int hash() const { return m_hash; }
+    bool operator==(const CountingKey& other) const
+    {
+        ++comparisons;
+        return m_value == other.m_value;
+    }
+
+    inline static int comparisons = 0;
+
+private:
+    int m_value;
+    unsigned int m_hash;
+};
+
+/// All items of a key, in the order in which find gives them.
+template <class Dict, class Key>
+std::string itemsOf(const Dict& dict, const Key& key)
+{
+    std::string text;
+    const char* item = dict.find(key);
+    for (; item; item = dict.find(key, item)) text += item;
+    return text;
+}
+
+TEST(qxDict, growsAtTwoEntriesABucket)
+{
+    qxDict<qxUInt32CompareInterface, unsigned int> dict(10);
+    std::vector<unsigned int> data(21);
+    for (unsigned int i = 0; i < 20; ++i) dict.enter(i * 1000, &data[i]);
+    EXPECT_EQ(dict.getBuckets(), 10U);
+    dict.enter(20000, &data[20]);
+    EXPECT_EQ(dict.getBuckets(), 43U);
+
+    EXPECT_EQ(dict.entries(), 21U);
+    for (unsigned int i = 0; i < 21; ++i) EXPECT_EQ(dict.find(i * 1000), &data[i]);
+}
+
+TEST(qxDict, doesNotGrowWhenToldSo)
+{
+    NumberDict dict;
+    EXPECT_EQ(dict.getBuckets(), 11U);
+    dict.setAutoGrow(false);
+    for (unsigned int i = 0; i < 100; ++i) dict.enter(i, "a");
+    EXPECT_EQ(dict.getBuckets(), 11U);
+    dict.setAutoGrow(true);
+    dict.enter(100, "b");
+    EXPECT_EQ(dict.getBuckets(), 47U); // once an entry, however full it is
+    EXPECT_EQ(itemsOf(dict, 100U), "b");
+}
+
+TEST(qxDict, stepsThroughTheEntriesOfAKeyInTheirOrder)
+{
+    NumberDict dict(1, false); // everything in one bucket
+    dict.enter(1, "a");
+    dict.enter(2, "x");
+    dict.enter(1, "b");
+    dict.enter(1, "c");
+
+    EXPECT_EQ(itemsOf(dict, 1U), "abc");
+    EXPECT_EQ(itemsOf(dict, 2U), "x");
+    EXPECT_EQ(dict.find(1, "unknown"), nullptr);
+    EXPECT_EQ(dict.find(3), nullptr);
+    EXPECT_EQ(dict.find(2, dict.find(1)), nullptr); // the item of another key
+    for (const unsigned int buckets : {7U, 100U, 1U, 0U}) {
+        dict.setBuckets(buckets);
+        EXPECT_EQ(dict.getBuckets(), buckets == 0 ? 1 : buckets);
+        EXPECT_EQ(itemsOf(dict, 1U), "abc");
+    }
+}
+
+TEST(qxDict, anItemThatWasEnteredTwiceDoesNotLetItBehind)
+{
+    NumberDict dict;
+    const char* const a = "a";
+    for (const char* item : {a, a, "b"}) dict.enter(1, item);
+
+    EXPECT_EQ(dict.find(1, a), a);
+}
+
+TEST(qxDict, removesOneEntry)
+{
+    NumberDict dict;
+    const char* const b = "b";
+    for (const char* item : {"a", b, "c"}) dict.enter(1, item);
+    EXPECT_TRUE(dict.remove(1, b));
+    EXPECT_EQ(itemsOf(dict, 1U), "ac");
+    EXPECT_FALSE(dict.remove(1, b));
+    EXPECT_FALSE(dict.remove(2));
+    EXPECT_TRUE(dict.remove(1));
+    EXPECT_EQ(itemsOf(dict, 1U), "c");
+    dict.enter(1, "d"); // behind the right last entry
+    EXPECT_EQ(itemsOf(dict, 1U), "cd");
+    EXPECT_EQ(dict.entries(), 2U);
+}
+
+TEST(qxDict, aKeyMayBeTheEntrysOwn)
+{
+    qxDict<qxString, const char> dict;
+    for (int i = 0; i < 50; ++i) dict.enter(qxString::str("a key with its own memory, %d", i), "a");
+    for (const auto& [key, data] : dict) EXPECT_TRUE(dict.remove(key));
+
+    EXPECT_TRUE(dict.isEmpty());
+}
+
+TEST(qxDict, findsTheSameKeyAgainWithOneComparison)
+{
+    qxDict<CountingKey, const char> dict(1);
+    for (int i = 0; i < 20; ++i) dict.enter(CountingKey(i, 5), "a"); // all hashes equal
+    dict.enter(CountingKey(20, 5), "b");
+    EXPECT_STREQ(dict.find(CountingKey(20, 5)), "b");
+    CountingKey::comparisons = 0;
+    EXPECT_STREQ(dict.find(CountingKey(20, 5)), "b");
+    EXPECT_EQ(CountingKey::comparisons, 1);
+
+    dict.setCaching(false);
+    CountingKey::comparisons = 0;
+    EXPECT_STREQ(dict.find(CountingKey(20, 5)), "b");
+    EXPECT_STREQ(dict.find(CountingKey(20, 5)), "b");
+    EXPECT_EQ(CountingKey::comparisons, 42);
+}
+
+TEST(qxDict, theLastFoundEntryNeverHidesAChange)
+{
+    NumberDict dict;
+    dict.enter(1, "a");
+    EXPECT_STREQ(dict.find(1), "a");
+    dict.enter(1, "b");
+    dict.enter(2, "x");
+    EXPECT_STREQ(dict.find(1), "a"); // still the first
+    dict.remove(1);
+    EXPECT_STREQ(dict.find(1), "b");
+    dict.remove(1);
+    EXPECT_EQ(dict.find(1), nullptr);
+    dict.enter(3, "c"); // takes the memory of the removed entry
+    EXPECT_EQ(dict.find(1), nullptr);
+    EXPECT_STREQ(dict.find(3), "c");
+    dict.clear();
+    EXPECT_EQ(dict.find(3), nullptr);
+    dict.enter(4, "d");
+    EXPECT_EQ(dict.find(3), nullptr);
+    EXPECT_STREQ(dict.find(4), "d");
+    dict = NumberDict();
+    EXPECT_EQ(dict.find(4), nullptr);
+}
+
+TEST(qxDict, storedHashesSpareComparisonsAndSurviveGrowth)
+{
+    // The record in a dictionary hashes by its own address: only the hash that was stored finds it again.
+    qxType type(nullptr, "type");
+    qxDict<qxType, const char> types(1);
+    types.enter(type, "a");
+    types.setBuckets(97);
+    EXPECT_STREQ(types.find(type), "a");
+
+    qxDict<CountingKey, const char> dict(1, false);
+    for (int i = 0; i < 10; ++i) dict.enter(CountingKey(i, static_cast<unsigned int>(i)), "a");
+    CountingKey::comparisons = 0;
+    EXPECT_STREQ(dict.find(CountingKey(9, 9)), "a");
+    EXPECT_EQ(CountingKey::comparisons, 1);
+}
+
+TEST(qxDict, behavesLikeAStandardMultimap)
+{
+    std::mt19937 random(7);
+    const auto below = [&random](unsigned int limit) { return static_cast<unsigned int>(random() % limit); };
+    qxDict<qxUInt32CompareInterface, const int> dict;
+    std::multimap<unsigned int, const int*> model; // keeps the order of equal keys too
+    const std::vector<int> data(50);
+    for (int step = 0; step < 20000; ++step) {
+        const unsigned int key = below(200);
+        const int* const item = &data[below(50)];
+        if (below(100) < (step / 4000 % 2 == 0 ? 70U : 40U)) { // grows and shrinks in turn
+            dict.enter(key, item);
+            model.emplace(key, item);
+        } else {
+            const auto range = model.equal_range(key);
+            const bool isAny = below(2) == 0;
+            const auto place = std::find_if(range.first, range.second,
+                                            [&](const auto& entry) { return isAny || entry.second == item; });
+            EXPECT_EQ(isAny ? dict.remove(key) : dict.remove(key, item), place != range.second);
+            if (place != range.second) model.erase(place);
+        }
+        const unsigned int other = below(200);
+        const auto found = model.lower_bound(other); // the first of equal ones
+        ASSERT_EQ(dict.find(other), found != model.end() && found->first == other ? found->second : nullptr);
+        ASSERT_EQ(dict.entries(), model.size());
+    }
+}
+
+TEST(qxDict, iteratingGivesEveryEntryOnce)
+{
+    NumberDict dict;
+    EXPECT_EQ(dict.begin(), dict.end());
+    std::vector<unsigned int> keys;
+    for (unsigned int i = 0; i < 500; ++i) dict.enter(i * i, "a");
+    for (const auto& item : dict) keys.push_back(item.key.getValue());
+    std::sort(keys.begin(), keys.end());
+
+    ASSERT_EQ(keys.size(), 500U);
+    for (unsigned int i = 0; i < 500; ++i) EXPECT_EQ(keys[i], i * i);
+}
+
+TEST(qxDict, theEntryJustGivenMayBeRemoved)
+{
+    NumberDict dict(2, false);
+    for (unsigned int i = 0; i < 9; ++i) dict.enter(i, "a");
+    unsigned int seen = 0;
+    for (const auto& [key, data] : dict) {
+        ++seen;
+        if (key.getValue() % 3 != 0) dict.remove(key, data);
+    }
+    EXPECT_EQ(seen, 9U);
+    EXPECT_EQ(dict.entries(), 3U);
+    EXPECT_TRUE(dict.find(6));
+}
+
+TEST(qxDict, copiesKeepOrderBucketsAndSwitches)
+{
+    NumberDict source(3, false);
+    source.setCaching(false);
+    source.setRecycling(false);
+    for (const char* item : {"a", "b", "c"}) source.enter(1, item);
+    const NumberDict copy(source);
+    NumberDict assigned;
+    assigned.enter(9, "old");
+    EXPECT_TRUE(assigned.find(9));
+    assigned = source;
+    const NumberDict& same = assigned;
+    assigned = same;
+    source.clear();
+
+    for (const NumberDict* dict : {&copy, &same}) {
+        EXPECT_EQ(itemsOf(*dict, 1U), "abc");
+        EXPECT_EQ(dict->entries(), 3U);
+        EXPECT_EQ(dict->find(9), nullptr);
+        EXPECT_EQ(dict->getBuckets(), 3U);
+        EXPECT_FALSE(dict->isAutoGrow() || dict->isCaching() || dict->isRecycling());
+    }
+}
+
+TEST(qxDict, movingTakesTheEntries)
+{
+    NumberDict first;
+    first.enter(1, "a");
+    EXPECT_TRUE(first.find(1));
+    NumberDict second(std::move(first));
+    EXPECT_STREQ(second.find(1), "a");
+    EXPECT_EQ(first.find(1), nullptr);
+    first.enter(2, "b");
+    first = std::move(second);
+    EXPECT_STREQ(first.find(1), "a");
+    EXPECT_EQ(first.find(2), nullptr);
+    EXPECT_EQ(second.find(1), nullptr);
+}
+
+TEST(qxDict, manyThreadsMayFindAtOnce)
+{
+    NumberDict dict;
+    for (unsigned int i = 0; i < 100; ++i) dict.enter(i, "a");
+    const auto work = [&dict] {
+        for (unsigned int i = 0; i < 20000; ++i) {
+            if (!dict.find(i % 100)) ADD_FAILURE();
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
+}
+
+TEST(qxRefDict, holdsItsItems)
+{
+    TestObject* const object = new TestObject;
+    qxRefDict<qxString, TestObject> dict;
+    dict.enter("a", object);
+    dict.enter("b", object);
+    dict.enter("c", nullptr);
+    EXPECT_EQ(object->getRef(), 2U);
+    dict.remove("a");
+    EXPECT_EQ(object->getRef(), 1U);
+    dict.clear();
+    EXPECT_EQ(TestObject::alive, 0);
+    {
+        qxRefDict<qxString, TestObject> other(3, false);
+        for (int i = 0; i < 10; ++i) other.enter("a", new TestObject(i));
+    }
+    EXPECT_EQ(TestObject::alive, 0);
+}
+
+TEST(qxRefDict, copiesCloneOrShare)
+{
+    qxRefDict<qxString, TestObject> dict;
+    dict.enter("deep", new TestObject(1));
+    dict.enter("shared", TestObject::shared(2));
+    dict.enter("null", nullptr);
+    const qxRefDict<qxString, TestObject> copy(dict);
+    qxRefDict<qxString, TestObject> assigned;
+    assigned = dict;
+
+    EXPECT_NE(copy.find("deep"), dict.find("deep"));
+    EXPECT_EQ(copy.find("deep")->getRef(), 1U);
+    EXPECT_EQ(copy.find("shared"), dict.find("shared"));
+    EXPECT_EQ(dict.find("shared")->getRef(), 3U);
+    EXPECT_EQ(assigned.entries(), 3U);
+
+    assigned.setCopyMode(QX_COPY_SHARED);
+    EXPECT_FALSE(assigned.find("deep")->useDeepCopy());
+}
+
+TEST(qxRefDict, anItemThatGoesMayUseTheDictionary)
+{
+    qxRefDict<qxString, TestObject> dict(1); // so that the first one goes first
+    dict.enter("a", new TestObject(1));
+    dict.enter("b", new TestObject(2));
+    dict.find("a")->onDelete = [&] {
+        EXPECT_EQ(dict.find("a"), nullptr);
+        EXPECT_TRUE(dict.remove("b"));
+        for (int i = 0; i < 30; ++i) dict.enter(qxString::str("%d", i), new TestObject(i));
+    };
+    dict.clear(); // takes what comes meanwhile as well
+
+    EXPECT_TRUE(dict.isEmpty());
+    EXPECT_EQ(TestObject::alive, 0);
+}
+
+TEST(qxRefDict, anErrorLeavesTheDictionaryWholeAndLosesNothing)
+{
+    qxRefDict<qxString, qxReference> dict;
+    dict.enter("a", new TestObject(1));
+    dict.enter("b", new qxReference); // cannot be cloned
+    const char* const text = "Unimplemented clone called for type 'qxReference'";
+    EXPECT_EQ(fatalText([&] { qxRefDict<qxString, qxReference> copy(dict); }), text);
+
+    qxRefDict<qxString, qxReference> target;
+    target.enter("c", new TestObject(2));
+    EXPECT_EQ(fatalText([&] { target = dict; }), text);
+    EXPECT_TRUE(target.find("c"));
+    EXPECT_EQ(TestObject::alive, 2);
+}
+
+TEST(qxRefDict, aDestructorThatRaisesDoesNotKeepTheOthers)
+{
+    auto dict = std::make_unique<qxRefDict<qxString, TestObject>>();
+    for (const char* key : {"a", "b", "c"}) {
+        TestObject* const object = new TestObject;
+        object->onDelete = [object] { object->ref(); };
+        dict->enter(key, object);
+    }
+    MessageRecorder recorder;
+    const std::string text = "REFERENCE MISMATCH ! Deleted referenced object with nonzero reference count";
+
+    EXPECT_EQ(fatalText([&] { delete dict.release(); }), text);
+    EXPECT_EQ(recorder.texts(), (std::vector<std::string>{text, text})); // of the other two
+    EXPECT_EQ(TestObject::alive, 0);
+}
+
+TEST(qxKeys, pointersAreTheirIdentity)
+{
+    const int numbers[2] = {1, 1};
+    const qxInstanceCompareInterface key(&numbers[0]);
+
+    EXPECT_TRUE(key == qxInstanceCompareInterface(&numbers[0]));
+    EXPECT_FALSE(key == qxInstanceCompareInterface(&numbers[1]));
+    EXPECT_EQ(qxInstanceCompareInterface(reinterpret_cast<void*>(0x123456789ABCDEF0)).hash(), 0x9ABCDEF0);
+    EXPECT_EQ(key.getInstance(), &numbers[0]);
+}
+
+TEST(qxKeys, numbersHashAsTheSumOfTheirHalves)
+{
+    EXPECT_EQ(qxUInt32CompareInterface(0x89ABCDEF).hash(), 0x89ABCDEF);
+    EXPECT_EQ(qxUInt64CompareInterface(0x00000003'00000005).hash(), 8U);
+    EXPECT_EQ(qxUInt64CompareInterface(0xFFFFFFFF'00000003).hash(), 2U); // wraps around
+    EXPECT_EQ(qxValueCompareInterface(1.0).hash(), 0x3FF00000U);
+    EXPECT_EQ(qxValueCompareInterface(1.1).hash(), 0x3FF19999U + 0x9999999AU);
+}
+
+TEST(qxKeys, floatingPointNumbersAreToldApartByTheirBits)
+{
+    const qxValueCompareInterface zero(0.0);
+    const qxValueCompareInterface nan(std::nan(""));
+
+    EXPECT_FALSE(zero == qxValueCompareInterface(-0.0));
+    EXPECT_TRUE(nan == nan);
+    EXPECT_TRUE(qxValueCompareInterface(2.5) == qxValueCompareInterface(2.5));
+    qxDict<qxValueCompareInterface, const char> dict;
+    dict.enter(0.0, "+");
+    dict.enter(-0.0, "-");
+    dict.enter(std::nan(""), "n");
+    EXPECT_EQ(itemsOf(dict, 0.0) + itemsOf(dict, -0.0) + itemsOf(dict, std::nan("")), "+-n");
+}
+
+} // namespace

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxmutex.h"
+
+#include "qxtestsupport.h"
+#include "qxthread.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <new>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+TEST(qxMutex, isTakenAndGivenBackAsOften)
+{
+    qxMutex lock;
+    for (int i = 0; i < 3; ++i) lock.waitLock();
+    EXPECT_EQ(lock.getSpinLockCount(), 3U);
+
+    for (int i = 0; i < 2; ++i) lock.unLock();
+    EXPECT_EQ(onAnotherThread([&] { return lock.tryLock(); }), 0);
+    lock.unLock();
+    EXPECT_EQ(lock.getSpinLockCount(), 0U);
+    EXPECT_EQ(onAnotherThread([&] {
+                  const unsigned char taken = lock.tryLock();
+                  lock.unLock();
+                  return taken;
+              }),
+              1);
+}
+
+TEST(qxMutex, ignoresAnExtraUnlock)
+{
+    qxMutex lock;
+    lock.unLock();
+    EXPECT_EQ(lock.getSpinLockCount(), 0U);
+
+    lock.waitLock();
+    EXPECT_EQ(lock.getSpinLockCount(), 1U);
+    lock.unLock();
+}
+
+TEST(qxMutex, ignoresAnUnlockByAnotherThread)
+{
+    qxMutex lock;
+    lock.waitLock();
+    std::thread([&] { lock.unLock(); }).join();
+
+    EXPECT_EQ(lock.getSpinLockCount(), 1U);
+    EXPECT_EQ(onAnotherThread([&] { return lock.tryLock(); }), 0);
+    lock.unLock();
+}
+
+TEST(qxMutex, keepsOtherThreadsOut)
+{
+    const qxMutex lock; // all operations are const
+    int sum = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int n = 0; n < 5000; ++n) {
+                lock.waitLock();
+                lock.waitLock();
+                ++sum;
+                lock.unLock();
+                lock.unLock();
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+
+    EXPECT_EQ(sum, 20000);
+}
+
+TEST(qxMutex, tellsWhetherItIsLockedAndChangesNothing)
+{
+    qxMutex lock;
+    EXPECT_EQ(lock.isLocked(), 0);
+    lock.waitLock();
+    EXPECT_EQ(lock.isLocked(), 1);
+    EXPECT_EQ(onAnotherThread([&] { return lock.isLocked(); }), 1);
+    EXPECT_EQ(lock.getSpinLockCount(), 1U);
+    EXPECT_EQ(lock.getOwnerThreadID(), qxThread::getThreadID());
+    lock.unLock();
+    EXPECT_EQ(lock.isLocked(), 0);
+}
+
+TEST(qxMutex, tellsItsOwnerOnlyWhenItTracksHim)
+{
+    for (const bool isTracking : {false, true}) {
+        SCOPED_TRACE(isTracking);
+        qxMutex lock(isTracking);
+        lock.waitLock();
+        ASSERT_EQ(lock.tryLock(), 1);
+
+        EXPECT_EQ(lock.getOwnerThreadID(), isTracking ? qxThread::getThreadID() : 0U);
+        EXPECT_EQ(lock.getSpinLockCount(), 2U);
+        lock.unLock();
+        lock.unLock();
+        EXPECT_EQ(lock.getOwnerThreadID(), 0U);
+    }
+}
+
+TEST(qxMutex, aCopyIsFreeAndTracksAsItsSource)
+{
+    qxMutex untracked(0);
+    untracked.waitLock();
+    qxMutex copy(untracked);
+    EXPECT_EQ(copy.isLocked(), 0);
+
+    copy.waitLock();
+    EXPECT_EQ(copy.getOwnerThreadID(), 0U);
+    copy.unLock();
+    untracked.unLock();
+}
+
+TEST(qxMutex, assignmentLeavesAHeldLockHeld)
+{
+    qxMutex lock(0);
+    lock.waitLock();
+    lock = qxMutex(1);
+
+    EXPECT_EQ(onAnotherThread([&] { return lock.tryLock(); }), 0);
+    EXPECT_EQ(lock.getOwnerThreadID(), qxThread::getThreadID());
+    lock.unLock();
+    EXPECT_EQ(lock.isLocked(), 0);
+}
+
+TEST(qxMutex, warnsWhenItIsDestroyedHeld)
+{
+    MessageRecorder recorder;
+    alignas(qxMutex) unsigned char room[sizeof(qxMutex)];
+    qxMutex* const lock = new (room) qxMutex;
+    lock->waitLock();
+    lock->~qxMutex();
+
+    char text[100];
+    std::snprintf(text, sizeof(text), "qxMutex (%lx) deleted with unbalanced Lock/unLock",
+                  static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(room)));
+    const std::vector<RecordedMessage> expected = {{"QuaxoSDK", 0x4200, text}};
+    EXPECT_EQ(recorder.messages(), expected);
+}
+
+TEST(qxMutex, destroyedHeldDuringAnotherErrorLetsThatOneThrough)
+{
+    struct Raising final : qxMessageReceiverInterface {
+        void onMessage(const qxString&, qxMessageLevel, const char*) override
+        {
+            qxExceptionThrows::qxThrowFatal("from the receiver");
+        }
+    } receiver;
+    qxMessage::addMessageReceiver(&receiver);
+
+    EXPECT_EQ(fatalText([] {
+                  qxMutex lock;
+                  lock.waitLock();
+                  qxExceptionThrows::qxThrowFatal("the first one");
+              }),
+              "the first one");
+}
+
+} // namespace

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxname.h"
+
+#include "qxtestsupport.h"
+
+namespace
+{
+
+TEST(qxNameInterface, anEmptyNameIsNoName)
+{
+    const qxNameInterface none;
+    const qxNameInterface empty((qxString()));
+    qxNameInterface cleared("name");
+    cleared.setName("");
+
+    for (const qxNameInterface* object : {&none, &empty, static_cast<const qxNameInterface*>(&cleared)}) {
+        EXPECT_FALSE(object->hasName());
+        EXPECT_STREQ(object->getName().getString(), "");
+        EXPECT_EQ(object->getDataSize(nullptr), 1U);
+    }
+}
+
+TEST(qxNameInterface, keepsAName)
+{
+    const qxNameInterface object("name");
+
+    EXPECT_TRUE(object.hasName());
+    EXPECT_STREQ(object.getName().getString(), "name");
+    EXPECT_EQ(object.getDataSize(nullptr), 5U);
+}
+
+TEST(qxNameInterface, aCopyHasANameOfItsOwn)
+{
+    qxNameInterface source("first");
+    const qxNameInterface copy(source);
+    qxNameInterface assigned;
+    assigned = source;
+    source.setName("second");
+    const qxNameInterface& same = source;
+    source = same;
+
+    EXPECT_STREQ(source.getName().getString(), "second");
+    EXPECT_STREQ(copy.getName().getString(), "first");
+    EXPECT_STREQ(assigned.getName().getString(), "first");
+    assigned = qxNameInterface();
+    EXPECT_FALSE(assigned.hasName());
+}
+
+} // namespace

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxstring.h"
+
+#include "qxarray.h"
+#include "qxtestsupport.h"
+
+#include <string>
+#include <thread>
+
+namespace
+{
+
+const bool HAS_16_BIT_UNITS = sizeof(wchar_t) == 2;
+
+TEST(qxString, encodesWideText)
+{
+    const struct {
+        std::wstring wide;
+        const char* text;
+    } rows[] = {
+        {L"plain", "plain"},
+        {L"\u00E9", "\xC3\xA9"},
+        {L"\u07FF\u0800\uFFFF", "\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
+        {L"0123456789abcdef\u20AC0123456789abcdef", "0123456789abcdef\xE2\x82\xAC"
+                                                    "0123456789abcdef"},
+        {L"\U0001F600", "\xF0\x9F\x98\x80"},
+        {{wchar_t(0xD83D), wchar_t(0xDE00)}, "\xF0\x9F\x98\x80"}, // a pair is one character everywhere
+        {{wchar_t(0xD83D), L'x'}, "\xED\xA0\xBDx"},               // a lone half is kept
+        {{wchar_t(0xDE00)}, "\xED\xB8\x80"},
+        {{wchar_t(0xD83D)}, "\xED\xA0\xBD"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_STREQ(qxString(row.wide.c_str()), row.text);
+        EXPECT_STREQ(qxString(row.wide.data(), row.wide.size()), row.text);
+    }
+}
+
+TEST(qxString, decodesToWideText)
+{
+    const std::wstring wides[] = {L"plain",
+                                  L"\u00E9\u0800\uFFFF",
+                                  L"\U0001F600x",
+                                  L"0123456789abcdef0123456789abcdef\u20AC0123456789abcdef0",
+                                  {wchar_t(0xD83D)}};
+    for (const std::wstring& wide : wides) {
+        const qxString text(wide.c_str());
+        SCOPED_TRACE(text.getString());
+        EXPECT_EQ(text.getWideStringLength(), wide.size());
+        EXPECT_EQ(text.getWideString(), wide);
+
+        std::wstring room(wide.size() + 1, L'?'); // exactly as much as is needed
+        EXPECT_EQ(text.getWideString(room.data()), wide.size());
+        EXPECT_EQ(room.c_str(), wide);
+        EXPECT_EQ(room.back(), 0);
+    }
+    EXPECT_STREQ(qxString().getWideString(), L"");
+}
+
+TEST(qxString, decodesTheFirstCharacters)
+{
+    const qxString text("a\xC3\xA9\xF0\x9F\x98\x80z");
+    EXPECT_STREQ(text.getWideString(2), L"a\u00E9");
+    EXPECT_STREQ(text.getWideString(3), L"a\u00E9\U0001F600");
+    EXPECT_STREQ(text.getWideString(99), L"a\u00E9\U0001F600z");
+}
+
+TEST(qxString, takesUnitsAsBytes)
+{
+    const wchar_t wide[] = {L'a', wchar_t(0xE9), wchar_t(0x1241), 0};
+    const qxString text(wide, 4, 1);
+    EXPECT_EQ(std::string(text.getString(), text.length()), std::string("a\xE9\x41\0", 4));
+
+    wchar_t units[5] = {};
+    EXPECT_EQ(text.getWideString(units, 1), 4u);
+    EXPECT_EQ(std::wstring(units, 5), std::wstring({L'a', wchar_t(0xE9), L'A', 0, 0}));
+}
+
+TEST(qxString, stopsAtInvalidUTF8)
+{
+    const char* const faults[] = {"ab\x80z", "ab\xC3z", "ab\xC3",        "ab\xE2\x82",
+                                  "ab\xFEz", "ab\xFFz", "ab\xE2\x28\xA1"};
+    for (const char* fault : faults) {
+        SCOPED_TRACE(fault);
+        MessageRecorder recorder;
+        const qxString text(fault);
+        EXPECT_EQ(text.getWideStringLength(), 2u);
+        EXPECT_STREQ(text.getWideString(), L"ab");
+        EXPECT_STREQ(text.getWideString(9), L"ab");
+        EXPECT_EQ(recorder.texts(), std::vector<std::string>(3, "Utf decoding on faulty data input"));
+    }
+}
+
+TEST(qxString, faultsBehindTheWantedCharactersDoNotMatter)
+{
+    MessageRecorder recorder;
+    EXPECT_STREQ(qxString("ab\x80").getWideString(2), L"ab");
+    EXPECT_TRUE(recorder.texts().empty());
+}
+
+// Neither the sum of the sizes nor a single test of it tells whether a text is ASCII: each unit counts.
+TEST(qxString, dropsUnitsThatAreNoCodes)
+{
+    if (HAS_16_BIT_UNITS) GTEST_SKIP() << "every 16-bit unit is a code";
+    MessageRecorder recorder;
+    const wchar_t wide[] = {static_cast<wchar_t>(0x80000000u), wchar_t(0xE9)};
+    EXPECT_STREQ(qxString(wide, 2), "\xC3\xA9");
+    EXPECT_EQ(recorder.texts(), std::vector<std::string>{"Utf encoding on faulty data set"});
+}
+
+TEST(qxString, countsBytesNotCharacters)
+{
+    const std::wstring wide(21846, L'\u20AC'); // three bytes each
+    EXPECT_EQ(fatalText([&] { qxString(wide.c_str()); }), "Too many characters in qxString");
+    EXPECT_EQ(qxString(wide.data(), 21845).length(), 65535);
+}
+
+TEST(qxString, keepsOneWideBufferAThread)
+{
+    const wchar_t* const mine = qxString("mine").getWideString();
+    std::thread([] { EXPECT_STREQ(qxString("theirs").getWideString(), L"theirs"); }).join();
+    EXPECT_STREQ(mine, L"mine");
+    EXPECT_EQ(qxString("next").getWideString(), mine);
+}
+
+TEST(qxString, givesArraysWithATerminator)
+{
+    const qxArray<char> bytes = qxString("\xC3\xA9").getBSTR();
+    ASSERT_EQ(bytes.entries(), 3u);
+    EXPECT_STREQ(bytes.getData(), "\xC3\xA9");
+
+    const qxArray<wchar_t> units = qxString("a\xC3\xA9").getWideBSTR();
+    ASSERT_EQ(units.entries(), 3u);
+    EXPECT_STREQ(units.getData(), L"a\u00E9");
+
+    EXPECT_EQ(qxString().getBSTR().entries(), 1u);
+    EXPECT_EQ(qxString().getWideBSTR().entries(), 1u);
+}
+
+} // namespace

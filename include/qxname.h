@@ -4,9 +4,38 @@
 #pragma once
 
 #include "qxforward.h"
+#include "qxmemory.h"
 #include "qxstring.h"
 
-#include <memory>
+/// A text that several objects have as their name and that goes with the last of them.
+///
+/// Threads: the count is a plain field, so the holders of one text are used by one thread at a time. A
+///          permanent text is not counted and may be shared by all threads.
+class qxSharedName final : public qxSharedMemory, public qxString
+{
+public:
+    explicit qxSharedName(const qxString& text) : qxString(text), m_holders(0) {}
+    qxSharedName(const char* text, std::size_t length) : qxString(text, length), m_holders(0) {}
+
+    void hold()
+    {
+        if (m_holders != PERMANENT) ++m_holders;
+    }
+
+    void release()
+    {
+        if (m_holders != PERMANENT && --m_holders == 0) delete this;
+    }
+
+    bool isPermanent() const { return m_holders == PERMANENT; }
+    void makePermanent() { m_holders = PERMANENT; }
+
+private:
+    // Also where the count ends up after 4,294,967,295 holders: such a text merely stays.
+    static constexpr unsigned int PERMANENT = 0xFFFFFFFF;
+
+    unsigned int m_holders;
+};
 
 /// Gives a class an optional name that can be written to and read from a byte stream.
 ///
@@ -14,13 +43,17 @@
 class QX_API qxNameInterface
 {
 public:
-    qxNameInterface();
+    qxNameInterface() : m_name(nullptr) {}
 
     /// An empty name is no name.
-    explicit qxNameInterface(const qxString& name);
+    explicit qxNameInterface(const qxString& name) : m_name(nullptr) { setName(name); }
     qxNameInterface(const qxNameInterface& other);
     qxNameInterface& operator=(const qxNameInterface& other);
-    virtual ~qxNameInterface() noexcept(false); // classes with this base may raise when they go
+
+    virtual ~qxNameInterface() noexcept(false) // classes with this base may raise when they go
+    {
+        if (m_name) m_name->release();
+    }
 
     void setName(const qxString& name);
 
@@ -37,6 +70,18 @@ public:
     /// Reads up to a zero byte or the end of the data; keeps at most 256 bytes. Defined above the adapters.
     void read(qxSerializeAdapter* adapter);
 
+protected:
+    /// Shares `name` with its other holders.
+    explicit qxNameInterface(qxSharedName* name) : m_name(name)
+    {
+        if (m_name) m_name->hold();
+    }
+
+    /// Null when there is no name.
+    qxSharedName* getSharedName() const { return m_name; }
+
 private:
-    std::unique_ptr<qxString> m_name;
+    void take(qxSharedName* name);
+
+    qxSharedName* m_name;
 };

@@ -47,4 +47,40 @@ TEST(qxNameInterface, aCopyHasANameOfItsOwn)
     EXPECT_FALSE(assigned.hasName());
 }
 
+// What trees of items do with the names of their items.
+class Sharer : public qxNameInterface
+{
+public:
+    explicit Sharer(qxSharedName* name) : qxNameInterface(name) {}
+    qxSharedName* getShared() const { return getSharedName(); }
+};
+
+TEST(qxNameInterface, sharersKeepOneTextUntilTheyGetTheirOwn)
+{
+    Sharer first(new qxSharedName("name"));
+    Sharer second(first.getShared());
+    ASSERT_EQ(first.getShared(), second.getShared());
+
+    first.setName("other");
+
+    EXPECT_STREQ(first.getName().getString(), "other");
+    EXPECT_STREQ(second.getName().getString(), "name");
+    const Sharer copy(second);
+    EXPECT_NE(copy.getShared(), second.getShared());
+    EXPECT_STREQ(copy.getName().getString(), "name");
+}
+
+TEST(qxNameInterface, aPermanentTextIsSharedByCopies)
+{
+    qxSharedName* const name = new qxSharedName("name");
+    name->makePermanent();
+    {
+        const Sharer first(name);
+        const Sharer copy(first);
+        EXPECT_EQ(copy.getShared(), name);
+    }
+    EXPECT_STREQ(name->getString(), "name");
+    delete name;
+}
+
 } // namespace

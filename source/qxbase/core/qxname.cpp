@@ -2,28 +2,24 @@
 
 #include "qxname.h"
 
-qxNameInterface::qxNameInterface() = default;
-
-qxNameInterface::qxNameInterface(const qxString& name)
+qxNameInterface::qxNameInterface(const qxNameInterface& other) : m_name(nullptr)
 {
-    setName(name);
+    *this = other;
 }
-
-qxNameInterface::qxNameInterface(const qxNameInterface& other)
-    : m_name(other.m_name ? std::make_unique<qxString>(*other.m_name) : nullptr)
-{}
 
 qxNameInterface& qxNameInterface::operator=(const qxNameInterface& other)
 {
-    if (this != &other) m_name = other.m_name ? std::make_unique<qxString>(*other.m_name) : nullptr;
+    if (this == &other) return *this;
+    // Permanent texts belong to everybody; every other copy has a text of its own, since it may be used by
+    // another thread.
+    const bool isOwn = other.m_name && !other.m_name->isPermanent();
+    take(isOwn ? new qxSharedName(*other.m_name) : other.m_name);
     return *this;
 }
 
-qxNameInterface::~qxNameInterface() noexcept(false) = default;
-
 void qxNameInterface::setName(const qxString& name)
 {
-    m_name = name.isEmpty() ? nullptr : std::make_unique<qxString>(name);
+    take(name.isEmpty() ? nullptr : new qxSharedName(name));
 }
 
 qxString qxNameInterface::getName() const
@@ -34,4 +30,11 @@ qxString qxNameInterface::getName() const
 unsigned int qxNameInterface::getDataSize(qxSerializeAdapter*) const
 {
     return (m_name ? m_name->length() : 0U) + 1U;
+}
+
+void qxNameInterface::take(qxSharedName* name)
+{
+    if (name) name->hold();
+    if (m_name) m_name->release();
+    m_name = name;
 }

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <latch>
 #include <thread>
 
@@ -54,7 +55,7 @@ double secondsSince(Clock::time_point start)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-double median(std::vector<double>& values)
+double median(std::vector<double> values)
 {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -154,21 +155,28 @@ double measureMemory(const std::string& name, const std::string& contender, unsi
     return bytes;
 }
 
+// The median of the ratios of single rounds: a round in which the machine was busy was so for both.
+double ratio(const std::vector<double>& theirs, const std::vector<double>& ours)
+{
+    std::vector<double> ratios(ours.size());
+    std::transform(theirs.begin(), theirs.end(), ours.begin(), ratios.begin(), std::divides<>());
+    return median(std::move(ratios));
+}
+
 std::vector<Row> timeRows(const Entry& entry, const qxBenchCase& work, int rounds)
 {
-    std::vector<Measured> measured = measureTimes(entry.name, work, rounds);
-    const double ours = median(measured.front().seconds);
+    const std::vector<Measured> measured = measureTimes(entry.name, work, rounds);
     std::vector<Row> rows;
     for (std::size_t i = 0; i < measured.size(); ++i) {
-        std::vector<double>& seconds = measured[i].seconds;
-        const double middle = median(seconds);
+        const std::vector<double>& seconds = measured[i].seconds;
         const auto [least, most] = std::minmax_element(seconds.begin(), seconds.end());
         const bool isSpeed = entry.unit == QX_BENCH_MEGABYTES;
         const auto shown = [&](double cost) {
             return isSpeed ? work.amount / cost * 1e-6 : cost / work.amount * 1e9;
         };
-        rows.push_back({entry.name, work.contenders[i].name, isSpeed ? "MB/s" : "ns", shown(middle),
-                        shown(isSpeed ? *most : *least), shown(isSpeed ? *least : *most), middle / ours});
+        rows.push_back({entry.name, work.contenders[i].name, isSpeed ? "MB/s" : "ns", shown(median(seconds)),
+                        shown(isSpeed ? *most : *least), shown(isSpeed ? *least : *most),
+                        ratio(seconds, measured.front().seconds)});
     }
     return rows;
 }
@@ -192,7 +200,7 @@ std::vector<Row> memoryRows(const Entry& entry, const qxBenchCase& work)
 
 void printRow(const Row& row)
 {
-    std::printf("%-36s %-26s %10.2f %-10s %6.2f\n", row.name.c_str(), row.contender.c_str(), row.median,
+    std::printf("%-41s %-26s %10.2f %-10s %6.2f\n", row.name.c_str(), row.contender.c_str(), row.median,
                 row.unit, row.ratio);
     std::fflush(stdout);
 }
@@ -254,7 +262,7 @@ bool readOptions(int count, char** arguments, Options& options)
 int run(const Options& options)
 {
     if (QX_BENCH_MISSING[0]) std::fprintf(stderr, "peers that are not installed: %s\n", QX_BENCH_MISSING);
-    std::printf("%-36s %-26s %10s %-10s %6s\n", "group", "contender", "median", "unit", "ratio");
+    std::printf("%-41s %-26s %10s %-10s %6s\n", "group", "contender", "median", "unit", "ratio");
     std::vector<Row> rows;
     for (const Entry& entry : entries()) {
         if (!isChosen(entry, options.groups)) continue;

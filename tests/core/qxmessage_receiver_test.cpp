@@ -1,0 +1,291 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxmessage.h"
+
+#include "qxtestsupport.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <cxxabi.h>
+
+namespace
+{
+
+// The default receiver with its outputs replaced. Standard output is collected.
+class qxDefaultReceiver : public testing::Test
+{
+protected:
+    qxDefaultReceiver()
+    {
+        s_debugOutput.clear();
+        s_dialogs.clear();
+        s_answer = QX_ASSERT_IGNORE;
+        qxMessage::setDebugOutput([](const char* line) { s_debugOutput += line; });
+        qxMessage::setAssertDialog([](const char* title, const char* body) {
+            s_dialogs.push_back(std::string(title) + "|" + body);
+            return s_answer;
+        });
+        qxMessage::addMessageReceiver(qxMessage::getDefaultMessageReceiver());
+        testing::internal::CaptureStdout();
+    }
+
+    ~qxDefaultReceiver() override
+    {
+        qxMessage::removeMessageReceiver(qxMessage::getDefaultMessageReceiver());
+        qxMessage::setDebugOutput(nullptr);
+        qxMessage::setAssertDialog(nullptr);
+        qxMessage::setMessageLevel(QX_LEVEL_NOTICE);
+        if (m_isCapturing) output();
+    }
+
+    std::string output()
+    {
+        m_isCapturing = false;
+        return testing::internal::GetCapturedStdout();
+    }
+
+    static std::string s_debugOutput;
+    static std::vector<std::string> s_dialogs;
+    static qxAssertAnswer s_answer;
+
+private:
+    bool m_isCapturing = true;
+};
+
+std::string qxDefaultReceiver::s_debugOutput;
+std::vector<std::string> qxDefaultReceiver::s_dialogs;
+qxAssertAnswer qxDefaultReceiver::s_answer = QX_ASSERT_IGNORE;
+
+TEST_F(qxDefaultReceiver, labelsEveryLevel)
+{
+    const struct {
+        qxMessageLevel level;
+        const char* label;
+    } rows[] = {
+        {0x1000, " Memory::"},
+        {0x1800, " Internal Memory::"},
+        {0x1001, " Perf::"},
+        {0x1801, " Internal Perf::"},
+        {0x2000, " Debug::"},
+        {0x2800, " Internal Debug::"},
+        {0x3000, " Notice::"},
+        {0x3800, " Internal Notice::"},
+        {0x4000, " Warning::"},
+        {0x4800, " Internal Warning::"},
+        {0x5000, " Fatal::"},
+        {0x5800, " Internal Fatal::"},
+        {0x6000, " Assert::"},
+        {0x6800, " Internal Assert::"},
+        {0x7000, " Always::"},
+        {0x7800, " Internal Always::"},
+        {0x4200, " Warning::"},
+        {0x4600, " Warning::"},
+        {0x4E00, " Internal Warning::"},
+        {0x2001, ""},
+        {0x2801, " Internal::"},
+        {0x8000, ""},
+    };
+    qxMessage::setMessageLevel(0x0800);
+    std::string expected;
+    for (const auto& row : rows) {
+        qxMessage::message("Me", row.level, "text %d", 1);
+        expected += std::string("\rMe") + row.label + ((row.level & 0x400) ? "text %d\n" : "text 1\n");
+    }
+    EXPECT_EQ(output(), expected);
+}
+
+TEST_F(qxDefaultReceiver, sendsTheLineToTheDebugOutputToo)
+{
+    qxMessage::message(QX_LEVEL_NOTICE, "a %s", "b");
+    EXPECT_EQ(output(), "\rQuaxoSDK Notice::a b\n");
+    EXPECT_EQ(s_debugOutput, "QuaxoSDK Notice::a b\n");
+}
+
+TEST_F(qxDefaultReceiver, doesNotTakeTextsForFormats)
+{
+    qxMessage::messageText("%s%n", QX_LEVEL_NOTICE, "%s%n%d");
+    EXPECT_EQ(output(), "\r%s%n Notice::%s%n%d\n");
+}
+
+TEST_F(qxDefaultReceiver, cutsTheHeaderBehindAWholeCharacter)
+{
+    const struct {
+        std::size_t sender; // bytes of "a", then one "\xC3\xA4"
+        std::string header;
+    } rows[] = {
+        {1012, std::string(1012, 'a') + "\xC3\xA4 Warning::"},
+        {1013, std::string(1013, 'a') + "\xC3\xA4 Warning:"},
+        {1022, std::string(1022, 'a') + "\xC3\xA4"},
+        {1023, std::string(1023, 'a')},
+        {5000, std::string(1024, 'a')},
+    };
+    std::string expected;
+    for (const auto& row : rows) {
+        const std::string sender = std::string(row.sender, 'a') + "\xC3\xA4";
+        qxMessage::message(qxString(sender.c_str()), QX_LEVEL_WARNING, "text");
+        expected += "\r" + row.header + "text\n";
+    }
+    EXPECT_EQ(output(), expected);
+}
+
+TEST_F(qxDefaultReceiver, translatesTheLabel)
+{
+    struct Translator final : qxMessageTranslatorInterface {
+        qxString onTranslate(const qxString& sender, qxMessageLevel level, const qxString& format) override
+        {
+            if (format == " Fatal::") return qxString();
+            if (format != " Warning::" || sender != "Me" || level != QX_LEVEL_ALWAYS) return format;
+            return " Achtung::";
+        }
+    } translator;
+    qxMessage::setMessageTranslator(&translator);
+    qxMessage::message("Me", QX_LEVEL_WARNING, "a");
+    qxMessage::message("Me", QX_LEVEL_WARNING | QX_FLAG_UNTRANSLATED, "b");
+    qxMessage::message("Me", QX_LEVEL_FATAL, "c");
+    qxMessage::setMessageTranslator(nullptr);
+
+    EXPECT_EQ(output(), "\rMe Achtung::a\n\rMe Achtung::b\n\rMec\n");
+}
+
+TEST_F(qxDefaultReceiver, asksAboutAssertions)
+{
+    qxMessage::message(QX_LEVEL_ASSERT | QX_FLAG_UNTRANSLATED, "i < %d", 5);
+    qxMessage::message(QX_LEVEL_FATAL, "no assertion");
+
+    const std::vector<std::string> expected = {
+        "QuaxoSDK Assert|\ni < 5\n\n---- Press 'Retry' to debug  ----\n\n"
+        "---- Press 'Ignore' to continue execution  ----"};
+    EXPECT_EQ(s_dialogs, expected);
+    EXPECT_EQ(output(), "\rQuaxoSDK Assert::i < 5\n\rQuaxoSDK Fatal::no assertion\n");
+}
+
+TEST_F(qxDefaultReceiver, retryRaisesABreakpoint)
+{
+    s_answer = QX_ASSERT_RETRY;
+    try {
+        qxMessage::message(QX_LEVEL_ASSERT, "text");
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const qxFatalError& error) {
+        EXPECT_EQ(error.getErrorString(), "breakpoint");
+        EXPECT_EQ(error.getErrorCode(), 9999);
+    }
+    std::thread([] { qxMessage::message(QX_LEVEL_NOTICE, "goes on"); }).join();
+    EXPECT_EQ(output(), "\rQuaxoSDK Assert::text\n\rQuaxoSDK Notice::goes on\n");
+}
+
+TEST_F(qxDefaultReceiver, abortEndsTheProcess)
+{
+    output();
+    s_answer = QX_ASSERT_ABORT;
+    EXPECT_DEATH(qxMessage::message(QX_LEVEL_ASSERT, "text"), "");
+}
+
+// Each of these needs a process in which no message was sent before.
+class qxMessageInANewProcess : public testing::Test
+{
+protected:
+    qxMessageInANewProcess() { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+
+    // Runs `body` and ends with what it wrote to standard output on standard error.
+    template <class Body>
+    [[noreturn]] static void echoOutput(Body&& body)
+    {
+        testing::internal::CaptureStdout();
+        body();
+        std::fprintf(stderr, "[%s]", testing::internal::GetCapturedStdout().c_str());
+        std::exit(0);
+    }
+
+    static testing::ExitedWithCode done() { return testing::ExitedWithCode(0); }
+};
+
+TEST_F(qxMessageInANewProcess, theFirstMessageInstallsTheDefaultReceiver)
+{
+    EXPECT_EXIT(echoOutput([] { qxMessage::message(QX_LEVEL_NOTICE, "text"); }), done(),
+                testing::Eq("[\rQuaxoSDK Notice::text\n]"));
+}
+
+TEST_F(qxMessageInANewProcess, aReceiverThatIsThereBeforeKeepsItOut)
+{
+    EXPECT_EXIT(echoOutput([] {
+                    MessageRecorder recorder;
+                    qxMessage::message(QX_LEVEL_NOTICE, "text");
+                }),
+                done(), testing::Eq("[]"));
+}
+
+TEST_F(qxMessageInANewProcess, itIsStillDueWhenThatOneHasGone)
+{
+    EXPECT_EXIT(echoOutput([] {
+                    {
+                        MessageRecorder recorder;
+                        qxMessage::message(QX_LEVEL_NOTICE, "a");
+                    }
+                    qxMessage::message(QX_LEVEL_NOTICE, "b");
+                }),
+                done(), testing::Eq("[\rQuaxoSDK Notice::b\n]"));
+}
+
+TEST_F(qxMessageInANewProcess, aDroppedMessageInstallsItToo)
+{
+    EXPECT_EXIT(echoOutput([] {
+                    qxMessage::message(QX_LEVEL_DEBUG, "a");
+                    MessageRecorder recorder;
+                    qxMessage::message(QX_LEVEL_NOTICE, "b");
+                }),
+                done(), testing::Eq("[\rQuaxoSDK Notice::b\n]"));
+}
+
+TEST_F(qxMessageInANewProcess, aRemovedDefaultReceiverIsNotInstalledAgain)
+{
+    EXPECT_EXIT(echoOutput([] {
+                    qxMessage::message(QX_LEVEL_NOTICE, "a");
+                    qxMessage::removeMessageReceiver(qxMessage::getDefaultMessageReceiver());
+                    qxMessage::message(QX_LEVEL_NOTICE, "b");
+                }),
+                done(), testing::Eq("[\rQuaxoSDK Notice::a\n]"));
+}
+
+#if defined(__ELF__)
+
+bool s_sendsAtUnload = false;
+
+// What is registered for no module before the libraries are initialised runs when their statics have gone
+// down.
+void registerSendAtUnload(int, char**, char**)
+{
+    const auto send = [](void*) {
+        if (s_sendsAtUnload) qxMessage::message(QX_LEVEL_ALWAYS, "too late");
+    };
+    abi::__cxa_atexit(send, nullptr, nullptr);
+}
+
+[[gnu::section(".preinit_array"), gnu::used]] void (*s_registerSendAtUnload)(int, char**,
+                                                                             char**) = &registerSendAtUnload;
+
+TEST_F(qxMessageInANewProcess, dropsMessagesAtUnload)
+{
+    class Echo final : public qxMessageReceiverInterface
+    {
+    public:
+        void onMessage(const qxString&, qxMessageLevel, const char* text) override
+        {
+            std::fprintf(stderr, "[%s]", text);
+        }
+    };
+    const auto body = [] {
+        qxMessage::addMessageReceiver(new Echo); // never destroyed
+        s_sendsAtUnload = true;
+        std::atexit([] { qxMessage::message(QX_LEVEL_ALWAYS, "in time"); });
+        std::exit(0);
+    };
+    EXPECT_EXIT(body(), done(), testing::Eq("[in time]"));
+}
+
+#endif
+
+} // namespace

@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxmessage.h"
+
+#include "qxguard.h"
+#include "qxtestsupport.h"
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+typedef std::vector<std::string> Texts;
+
+// A receiver that does what it is told.
+class Doing final : public qxMessageReceiverInterface
+{
+public:
+    explicit Doing(std::function<void()> action) : m_action(std::move(action))
+    {
+        qxMessage::addMessageReceiver(this);
+    }
+
+    void onMessage(const qxString&, qxMessageLevel, const char*) override { m_action(); }
+
+private:
+    const std::function<void()> m_action;
+};
+
+class Translator final : public qxMessageTranslatorInterface
+{
+public:
+    explicit Translator(const char* answer) : m_answer(answer) { qxMessage::setMessageTranslator(this); }
+    ~Translator() { qxMessage::setMessageTranslator(nullptr); }
+
+    qxString onTranslate(const qxString& sender, qxMessageLevel level, const qxString& format) override
+    {
+        m_asked.push_back({sender.getString(), level, format.getString()});
+        return m_answer;
+    }
+
+    const std::vector<RecordedMessage>& asked() const { return m_asked; }
+
+private:
+    const qxString m_answer;
+    std::vector<RecordedMessage> m_asked;
+};
+
+TEST(qxMessage, formatsItsArgumentsForItsSender)
+{
+    MessageRecorder recorder;
+    qxMessage::message(QX_LEVEL_WARNING, "%d of %s", 5, "five");
+    qxMessage::message(QX_LEVEL_NOTICE, L"%d \x263A", 6);
+    qxMessage::message("Me", QX_LEVEL_WARNING, "plain");
+    qxMessage::message("Me", QX_LEVEL_ALWAYS, L"%d%%", 7);
+
+    const std::vector<RecordedMessage> expected = {
+        {"QuaxoSDK", 0x4000, "5 of five"},
+        {"QuaxoSDK", 0x3000, "6 \xE2\x98\xBA"},
+        {"Me", 0x4000, "plain"},
+        {"Me", 0x7000, "7%"},
+    };
+    EXPECT_EQ(recorder.messages(), expected);
+}
+
+TEST(qxMessage, takesSixteenArguments)
+{
+    MessageRecorder recorder;
+    qxMessage::message(QX_LEVEL_WARNING, "%d%d%d%d%d%d%d%d%d%d%d%d%d%d%d %d", 1, 2, 3, 4, 5, 6, 7, 8, 9, 1, 2,
+                       3, 4, 5, 6, 16);
+    EXPECT_EQ(recorder.texts(), Texts{"123456789123456 16"});
+}
+
+TEST(qxMessage, dropsWhatTheLevelSettingKeepsOut)
+{
+    const struct {
+        qxMessageLevel setting;
+        qxMessageLevel level;
+        bool passes;
+    } rows[] = {
+        {0x3000, 0x2000, false}, {0x3000, 0x3000, true},  {0x3000, 0x2FFF, false},
+        {0x3000, 0x2200, false}, {0x3000, 0x4800, false}, {0x3800, 0x4800, true},
+        {0x3800, 0x3000, true},  {0x3FFF, 0x307E, false}, {0x3FFF, 0x307F, true},
+        {0x1000, 0x1001, true},  {0x1001, 0x1000, false}, {0x1001, 0x1001, true},
+        {0x7000, 0x6FFF, false}, {0x7000, 0x7000, true},  {0, 0, true},
+        {0, 0x800, false},       {0x800, 0x800, true},    {0x3000, 0x4E00, false},
+        {0x3800, 0x2800, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << std::hex << row.setting << ' ' << row.level);
+        MessageRecorder recorder(row.setting);
+        qxMessage::message(row.level, "text");
+        qxMessage::messageText("Me", row.level, "text");
+        EXPECT_EQ(recorder.messages().size(), row.passes ? 2U : 0U);
+    }
+}
+
+TEST(qxMessage, aDroppedMessageIsNotFormatted)
+{
+    MessageRecorder recorder;
+    qxMessage::message(QX_LEVEL_DEBUG, "%s", nullptr);
+    EXPECT_EQ(recorder.texts(), Texts());
+}
+
+TEST(qxMessage, refusesALevelSettingAboveAlways)
+{
+    MessageRecorder recorder(0x1000);
+    qxMessage::setMessageLevel(28673);
+    EXPECT_EQ(qxMessage::getMessageLevel(), 0x1000U);
+    qxMessage::setMessageLevel(28672);
+    EXPECT_EQ(qxMessage::getMessageLevel(), 28672U);
+}
+
+TEST(qxMessage, sendsALiteralTextAsItStands)
+{
+    MessageRecorder recorder;
+    qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_LITERAL, "%d %", 5);
+    qxMessage::messageText("Me", QX_LEVEL_WARNING, "%s %");
+
+    const std::vector<RecordedMessage> expected = {
+        {"QuaxoSDK", 0x4400, "%d %"},
+        {"Me", 0x4000, "%s %"},
+    };
+    EXPECT_EQ(recorder.messages(), expected);
+}
+
+TEST(qxMessage, callsTheReceiversInTheirOrderAndEachOnce)
+{
+    Texts calls;
+    Doing first([&] { calls.push_back("first"); });
+    Doing second([&] { calls.push_back("second"); });
+    qxMessage::addMessageReceiver(&first);
+    qxMessage::addMessageReceiver(nullptr);
+    qxMessage::message(QX_LEVEL_WARNING, "text");
+    qxMessage::removeMessageReceiver(&first);
+    qxMessage::message(QX_LEVEL_WARNING, "text");
+
+    EXPECT_EQ(calls, (Texts{"first", "second", "second"}));
+}
+
+TEST(qxMessage, aReceiverMayRemoveItselfAndOthers)
+{
+    Texts calls;
+    MessageRecorder before;
+    Doing third([&] { calls.push_back("third"); });
+    qxMessage::removeMessageReceiver(&third);
+    Doing first([&] {
+        calls.push_back("first");
+        qxMessage::removeMessageReceiver(&before);
+        qxMessage::removeMessageReceiver(&first);
+        qxMessage::removeMessageReceiver(&third);
+    });
+    Doing second([&] { calls.push_back("second"); });
+    qxMessage::addMessageReceiver(&third);
+    qxMessage::message(QX_LEVEL_WARNING, "a");
+    qxMessage::message(QX_LEVEL_WARNING, "b");
+
+    EXPECT_EQ(calls, (Texts{"first", "second", "second"}));
+    EXPECT_EQ(before.texts(), Texts{"a"});
+}
+
+TEST(qxMessage, aReceiverAddedMeanwhileGetsTheNextMessage)
+{
+    MessageRecorder late;
+    qxMessage::removeMessageReceiver(&late);
+    Doing adding([&] { qxMessage::addMessageReceiver(&late); });
+    qxMessage::message(QX_LEVEL_WARNING, "a");
+    qxMessage::message(QX_LEVEL_WARNING, "b");
+
+    EXPECT_EQ(late.texts(), Texts{"b"});
+}
+
+TEST(qxMessage, aDestroyedReceiverIsNotCalled)
+{
+    MessageRecorder recorder;
+    {
+        Doing gone([] { ADD_FAILURE() << "called"; });
+    }
+    qxMessage::message(QX_LEVEL_WARNING, "text");
+    EXPECT_EQ(recorder.texts(), Texts{"text"});
+}
+
+TEST(qxMessage, aReceiverMaySendMessagesAndSetTheLevel)
+{
+    MessageRecorder recorder;
+    bool isNested = false;
+    Doing sending([&] {
+        if (isNested) return;
+        isNested = true;
+        qxMessage::message(QX_LEVEL_WARNING, "inner");
+        EXPECT_EQ(qxMessage::getMessageLevel(), QX_LEVEL_NOTICE);
+        qxMessage::setMessageLevel(QX_LEVEL_FATAL);
+        EXPECT_EQ(qxMessage::getMessageLevel(), QX_LEVEL_FATAL);
+        qxMessage::message(QX_LEVEL_WARNING, "dropped");
+    });
+    qxMessage::message(QX_LEVEL_WARNING, "outer");
+    EXPECT_EQ(recorder.texts(), (Texts{"outer", "inner"}));
+}
+
+TEST(qxMessage, whatIsRaisedInsideLeavesTheChannelUsable)
+{
+    MessageRecorder recorder;
+    {
+        Doing raising([] { qxExceptionThrows::qxThrowWarning("raised"); });
+        EXPECT_EQ(warningText([] { qxMessage::message(QX_LEVEL_WARNING, "a"); }), "raised");
+    }
+    EXPECT_EQ(fatalText([] { qxMessage::message(QX_LEVEL_WARNING, "%k"); }),
+              "Unknown format option in string '%k'");
+    std::thread([] { qxMessage::message(QX_LEVEL_WARNING, "b"); }).join();
+
+    EXPECT_EQ(recorder.texts(), (Texts{"a", "b"}));
+}
+
+TEST(qxMessage, translatesBeforeItFormats)
+{
+    MessageRecorder recorder;
+    Translator translator("T %d");
+    qxMessage::message("Me", QX_LEVEL_NOTICE, "%d", 5);
+    qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_LITERAL, "%d", 6);
+    qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_UNTRANSLATED, "%d", 7);
+    qxMessage::messageText("Me", QX_LEVEL_WARNING, "%d");
+
+    const std::vector<RecordedMessage> asked = {
+        {"Me", 0x3000, "%d"}, {"QuaxoSDK", 0x4400, "%d"}, {"Me", 0x4000, "%d"}};
+    EXPECT_EQ(translator.asked(), asked);
+    EXPECT_EQ(recorder.texts(), (Texts{"T 5", "T %d", "7", "T %d"}));
+}
+
+TEST(qxMessage, doesNotAskForLevelsBelowNotice)
+{
+    MessageRecorder recorder(QX_LEVEL_MEMORY);
+    Translator translator("");
+    qxMessage::message(QX_LEVEL_DEBUG, "debug");
+    qxMessage::message(0x20FF, "nearly a notice");
+
+    EXPECT_EQ(recorder.texts(), (Texts{"debug", "nearly a notice"}));
+    EXPECT_TRUE(translator.asked().empty());
+}
+
+TEST(qxMessage, anEmptyTranslationSuppresses)
+{
+    MessageRecorder recorder;
+    Translator translator("");
+    qxMessage::message(QX_LEVEL_WARNING, "%k is not looked at");
+    EXPECT_EQ(recorder.texts(), Texts());
+    EXPECT_EQ(qxMessage::translate("Me", "an error keeps its text"), "an error keeps its text");
+}
+
+TEST(qxMessage, keepsTheTranslatorThatWasSet)
+{
+    EXPECT_EQ(qxMessage::getMessageTranslator(), nullptr);
+    EXPECT_EQ(qxMessage::translate("Me", "text"), "text");
+    Translator translator("T");
+    EXPECT_EQ(qxMessage::getMessageTranslator(), &translator);
+    EXPECT_EQ(qxMessage::translate("Me", "text"), "T");
+}
+
+TEST(qxMessage, aMessageIsNotMixedWithThoseOfOtherThreads)
+{
+    MessageRecorder recorder;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([i] {
+            for (int n = 0; n < 100; ++n) {
+                qxMessage::waitLock();
+                qxMessage::message(QX_LEVEL_WARNING, "%d", i);
+                qxMessage::message(QX_LEVEL_WARNING, "%d", i);
+                qxMessage::unLock();
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+
+    const Texts texts = recorder.texts();
+    ASSERT_EQ(texts.size(), 800U);
+    for (std::size_t i = 0; i < texts.size(); i += 2) ASSERT_EQ(texts[i], texts[i + 1]);
+}
+
+TEST(qxMessage, theLevelMayBeSetWhileOthersSend)
+{
+    MessageRecorder recorder;
+    std::atomic<bool> isOver{false};
+    std::thread sending([&] {
+        while (!isOver) qxMessage::message(QX_LEVEL_WARNING, "text");
+    });
+    for (int i = 0; i < 200; ++i) qxMessage::setMessageLevel(i % 2 ? QX_LEVEL_FATAL : QX_LEVEL_WARNING);
+    isOver = true;
+    sending.join();
+
+    qxMessage::message(QX_LEVEL_WARNING, "dropped");
+    for (const std::string& text : recorder.texts()) ASSERT_EQ(text, "text");
+}
+
+TEST(qxMessage, anUnlockWithoutALockIsIgnored)
+{
+    MessageRecorder recorder;
+    qxMessage::unLock();
+    qxMessage::waitLock();
+    std::thread([] { qxMessage::unLock(); }).join();
+    std::thread other([] { qxMessage::message(QX_LEVEL_WARNING, "other"); });
+    qxMessage::message(QX_LEVEL_WARNING, "first");
+    qxMessage::unLock();
+    other.join();
+
+    EXPECT_EQ(recorder.texts(), (Texts{"first", "other"}));
+}
+
+} // namespace

@@ -165,7 +165,8 @@ public:
     /// `text` itself. Takes no lock when no translator is installed.
     static qxString translate(const qxString& sender, const qxString& text);
 
-    /// The built-in table: labels and texts of the library in its own language, the start of a language file.
+    /// The built-in table: the labels of the levels in the library's own language, as the start of a language
+    /// file. It translates each to itself.
     static qxArray<qxTranslation> getDefaultTranslations();
 
     /// The name under which the library itself sends: "QuaxoSDK".

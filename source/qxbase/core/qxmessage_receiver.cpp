@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: see LICENSE
 
+#include "qxarray.h"
 #include "qxerror.h"
 #include "qxmessage.h"
 
@@ -33,13 +34,15 @@ constexpr Label LABELS[] = {
     {QX_LEVEL_ALWAYS, " Always::", " Internal Always::"},
 };
 
+constexpr const char* OTHER_INTERNAL_LABEL = " Internal::";
+
 const char* labelOf(qxMessageLevel level)
 {
     const bool isInternal = (level & QX_FLAG_INTERNAL) != 0;
     for (const Label& label : LABELS) {
         if (label.level == (level & ~FLAGS_MASK)) return isInternal ? label.internal : label.plain;
     }
-    return isInternal ? " Internal::" : "";
+    return isInternal ? OTHER_INTERNAL_LABEL : "";
 }
 
 qxString translatedLabel(const qxString& sender, qxMessageLevel level)
@@ -124,4 +127,18 @@ void qxMessage::setDebugOutput(void (*output)(const char* line))
 void qxMessage::setAssertDialog(qxAssertAnswer (*dialog)(const char* title, const char* body))
 {
     s_assertDialog.store(dialog ? dialog : &askPlatformDialog);
+}
+
+qxArray<qxTranslation> qxMessage::getDefaultTranslations()
+{
+    qxArray<qxTranslation> table;
+    const auto append = [&table](const char* label) {
+        table.append(qxTranslation{qxString(), label, label});
+    };
+    for (const Label& label : LABELS) {
+        append(label.plain);
+        append(label.internal);
+    }
+    append(OTHER_INTERNAL_LABEL);
+    return table;
 }

@@ -8,6 +8,7 @@
 #include "qxforward.h"
 #include "qxstring.h"
 
+#include <cstddef>
 #include <memory>
 
 class qxTokenWindow;
@@ -17,6 +18,16 @@ enum qxParseResult : unsigned int {
     QX_PARSE_ERROR = 0,   ///< the whole parse stops
     QX_PARSE_OK = 1,      ///< the construct matched and its input is taken
     QX_PARSE_NO_MATCH = 2 ///< the construct did not match and the input is where it was
+};
+
+/// The tokens of an input that are in memory: [held | current ... end], with a 0 behind the end. Some memory
+/// behind that can be read.
+struct qxTokenView {
+    const char16_t* buffer;  ///< the oldest that is held
+    const char16_t* current; ///< the next to be taken
+    const char16_t* end;     ///< behind the last
+    qxUInt64 bufferPos;      ///< position of the oldest
+    qxUInt64 holdPos;        ///< from this position on tokens must be held, whatever can be given back
 };
 
 /// What ends a parse early.
@@ -54,7 +65,7 @@ class QX_API qxBasicParser
 {
 public:
     qxBasicParser();
-    virtual ~qxBasicParser();
+    virtual ~qxBasicParser() noexcept(false); // gives bytes back and may let the last of an adapter go
     qxBasicParser(const qxBasicParser&) = delete;
     qxBasicParser& operator=(const qxBasicParser&) = delete;
 
@@ -66,7 +77,7 @@ public:
     qxSerializeAdapter* getAdapter() const { return m_adapter; }
 
     /// True when a token is left; may wait on a stream that has no byte yet.
-    bool hasData() { return m_current != m_end || fill(); }
+    bool hasData() { return m_view.current != m_view.end || fill(); }
 
     /// UTF-16 of the given byte order. Takes effect with the next token and wins over useUtf8.
     void useUnicode(unsigned char unicode, unsigned char bigEndian = 0);
@@ -93,7 +104,7 @@ public:
     void setColumn(unsigned int column);
 
     /// Tokens taken since the start of the input.
-    qxUInt64 getTokenPos() const { return m_bufferPos + static_cast<qxUInt64>(m_current - m_buffer); }
+    qxUInt64 getTokenPos() const { return positionOf(m_view.current); }
 
     // Tokens
 
@@ -101,7 +112,7 @@ public:
     /// input 0 with the error "Adapter out of Data".
     char16_t getNextToken(bool skipWhiteSpace = false)
     {
-        if (!skipWhiteSpace && m_current != m_end) return *m_current++;
+        if (!skipWhiteSpace && m_view.current != m_view.end) return *m_view.current++;
         return getNextTokenSlowly(skipWhiteSpace);
     }
 
@@ -116,7 +127,7 @@ public:
 
     /// Tokens that can be given back at most, at first 1,048,576. Memory is used only as needed.
     unsigned int getMaxBufferSize() const { return m_maxBufferSize; }
-    void setMaxBufferSize(unsigned int count) { m_maxBufferSize = count; }
+    void setMaxBufferSize(unsigned int count);
 
     /// The text of `count` tokens from `position` on. Tokens that are no longer held, or not yet read, set the
     /// error "Too Large Pushback in basic parser", a text over 65,535 bytes the error
@@ -208,32 +219,69 @@ public:
 
     /// Tells the receivers of progress how much of the input was used, each percent at most once. Costs
     /// nothing while nobody listens.
-    void reportProgress();
+    void reportProgress()
+    {
+        if (m_isProgressDue) reportProgressNow();
+    }
 
 protected:
-    friend class qxTokenWindow;
+    /// From here productions scan. Pointers into it hold until fill, positions stay.
+    qxTokenView m_view;
 
-    /// Reads on when all tokens were taken: false at the end of the input. The window may move; pointers into
-    /// it are then void, positions stay.
+    /// Reads on when all tokens are taken: false at the end of the input.
     bool fill();
 
-    /// The window from which productions scan: tokens from m_current up to m_end, behind which stands one 0.
-    const char16_t* m_current;
-    const char16_t* m_end;
+    /// The token `offset` tokens ahead of the next one; 0 when the input ends before.
+    char16_t peek(unsigned int offset)
+    {
+        if (m_view.end - m_view.current > static_cast<std::ptrdiff_t>(offset)) return m_view.current[offset];
+        return peekSlowly(offset);
+    }
 
-    /// The place in the window of a position that is held.
-    const char16_t* tokenAt(qxUInt64 position) const { return m_buffer + (position - m_bufferPos); }
+    qxUInt64 positionOf(const char16_t* token) const
+    {
+        return m_view.bufferPos + static_cast<qxUInt64>(token - m_view.buffer);
+    }
 
-    /// Tokens from `position` on are held until another position is named; NOTHING_HELD for none. Tokens
-    /// within reach of the push-back are held anyway.
-    static constexpr qxUInt64 NOTHING_HELD = ~0ULL;
-    void holdFrom(qxUInt64 position);
+    /// The place of a position that is held.
+    const char16_t* tokenAt(qxUInt64 position) const { return m_view.buffer + (position - m_view.bufferPos); }
 
-    /// Tokens behind the current one that fill keeps; at most the largest push-back.
+    static constexpr qxUInt64 NOTHING_HELD = ~0ULL; ///< for m_view.holdPos
+
+    /// Holds what is taken from here on while it lives.
+    class Hold
+    {
+    public:
+        explicit Hold(qxBasicParser& parser)
+            : m_parser(parser), m_outer(parser.m_view.holdPos), m_start(parser.getTokenPos())
+        {
+            if (m_start < m_outer) parser.m_view.holdPos = m_start;
+        }
+        ~Hold() { m_parser.m_view.holdPos = m_outer; }
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+        /// The position and the first token of what was taken since.
+        qxUInt64 getStart() const { return m_start; }
+        const char16_t* begin() const { return m_parser.tokenAt(m_start); }
+
+        /// Gives it back.
+        void rewind() { m_parser.m_view.current = begin(); }
+
+    private:
+        qxBasicParser& m_parser;
+        const qxUInt64 m_outer;
+        const qxUInt64 m_start;
+    };
+
+    /// Tokens that fill keeps behind the current one; at first as many as can be given back.
     void setHistory(unsigned int count);
 
     /// While it is on, the adapter cannot be changed.
     bool isBusy() const { return m_busy; }
+
+    /// Sets the error "Parser is busy reading" and returns true while it is on.
+    bool refuseWhenBusy();
     void setBusy(bool busy) { m_busy = busy; }
 
     /// With false, faulty bytes send no warning: whoever meets the token 0 reports it himself.
@@ -242,39 +290,39 @@ protected:
     /// True when the token 0 at `position` stands for faulty bytes.
     bool isFault(qxUInt64 position) const;
 
-    /// The encoding of this input as the switches say, from the next token on, unless a byte-order mark
-    /// selected UTF-16.
-    void applyEncoding();
-
     /// Reports the whole input as used.
     void reportProgressComplete();
 
 private:
     char16_t getNextTokenSlowly(bool skipWhiteSpace);
-    template <class Class>
-    qxParseResult parseOne(Class&& isMember);
-    template <class Class>
-    qxParseResult parseRun(Class&& isMember);
+    char16_t peekSlowly(unsigned int offset);
+    qxParseResult parseOne(unsigned int kinds);
+    qxParseResult parseOne(unsigned int first, unsigned int rest);
     qxParseResult parseEnclosed(char16_t open, char16_t close, bool escape);
-    bool matchIdentifier(bool plain);
-    bool matchDigits();
+    bool skip(unsigned int kinds);
+    bool isNext(char16_t token);
+    void startInput();
+    void applyEncoding();
+    void attach(qxSerializeAdapter* adapter);
     void detach();
+    bool isHeld(qxUInt64 position, unsigned int count);
+    void reportProgressNow();
 
-    const char16_t* m_buffer; // of the window; what stands before m_current can be given back
-    qxUInt64 m_bufferPos;     // position of its first token
     std::unique_ptr<qxTokenWindow> m_window;
-    qxSerializeAdapter* m_adapter;
-    unsigned int m_maxBufferSize;
-    unsigned char m_unicode;
-    unsigned char m_bigEndian;
-    unsigned char m_utf8;
-    bool m_unrefDeletes; // the adapter was held by somebody when it was attached
-    bool m_busy;
-    bool m_hasError;
-    bool m_useErrorPlace;
-    bool m_useProgress;
-    unsigned int m_errorLine;
-    unsigned int m_errorColumn;
+    qxSerializeAdapter* m_adapter = nullptr;
+    unsigned int m_maxBufferSize = 1048576;
+    unsigned char m_unicode = 0;
+    unsigned char m_bigEndian = 0;
+    unsigned char m_utf8 = 0;
+    bool m_isAdapterShared = false; // somebody held the adapter when it was attached
+    bool m_busy = false;
+    bool m_hasError = false;
+    bool m_useErrorPlace = false;
+    bool m_useProgress = true;
+    bool m_isProgressDue = false; // something was read since the last report
+    unsigned int m_percent = 0;   // reported last
+    unsigned int m_errorLine = 0;
+    unsigned int m_errorColumn = 0;
     qxString m_error;
     qxString m_errorText;
     qxString m_progressMessage;

@@ -188,6 +188,13 @@ public:
     }
     qxString& operator+=(wchar_t c);
 
+    /// Sets the text to exactly `count` bytes, which may be this string's own. Memory that fits is used again.
+    qxString& assign(const char* bytes, std::size_t count)
+    {
+        setBytes(bytes, count);
+        return *this;
+    }
+
     /// Appends exactly `count` bytes; they may be this string's own.
     qxString& append(const char* bytes, std::size_t count);
 

@@ -1,0 +1,314 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxbasicparser.h"
+
+#include <array>
+
+namespace
+{
+
+// Kinds of ASCII tokens.
+enum Kind : unsigned int {
+    SPACE = 1,
+    TAB = 2,
+    CR = 4,
+    LF = 8,
+    LOWER = 16,
+    UPPER = 32,
+    DIGIT = 64,
+    HEX = 128, // digits have this bit too
+    UNDERSCORE = 256,
+    PLAIN = 512, // what plain identifiers hold besides
+    CONTROL = 1024,
+    SIGN = 2048,
+    WHITE_SPACE = SPACE | TAB | CR | LF,
+    LETTER = LOWER | UPPER
+};
+
+constexpr std::array<unsigned short, 128> makeKinds()
+{
+    std::array<unsigned short, 128> kinds{};
+    const auto add = [&kinds](char first, char last, unsigned int kind) {
+        for (char c = first; c <= last && c >= 0; ++c) {
+            unsigned short& place = kinds[static_cast<unsigned char>(c)];
+            place = static_cast<unsigned short>(place | kind);
+        }
+    };
+    add(0, 31, CONTROL);
+    kinds[127] = CONTROL;
+    add(' ', ' ', SPACE);
+    add('\t', '\t', TAB);
+    add('\r', '\r', CR);
+    add('\n', '\n', LF);
+    add('a', 'z', LOWER);
+    add('A', 'Z', UPPER);
+    add('0', '9', DIGIT | HEX);
+    add('a', 'f', HEX);
+    add('A', 'F', HEX);
+    add('_', '_', UNDERSCORE);
+    add('-', '-', PLAIN | SIGN);
+    add('.', '.', PLAIN);
+    add('+', '+', SIGN);
+    return kinds;
+}
+
+constexpr std::array<unsigned short, 128> KINDS = makeKinds();
+
+bool isOfKind(char16_t token, unsigned int kinds)
+{
+    return token < 128 && (KINDS[token] & kinds) != 0;
+}
+
+bool isHighSurrogate(char16_t token)
+{
+    return (token & 0xFC00) == 0xD800;
+}
+
+bool isLowSurrogate(char16_t token)
+{
+    return (token & 0xFC00) == 0xDC00;
+}
+
+} // namespace
+
+/// One token of the given kinds.
+qxParseResult qxBasicParser::parseOne(unsigned int kinds)
+{
+    if (!hasData() || !isOfKind(*m_view.current, kinds)) return QX_PARSE_NO_MATCH;
+    ++m_view.current;
+    return QX_PARSE_OK;
+}
+
+/// One token of the kinds `first`, then any number of `rest`.
+qxParseResult qxBasicParser::parseOne(unsigned int first, unsigned int rest)
+{
+    if (parseOne(first) != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
+    skip(rest);
+    return QX_PARSE_OK;
+}
+
+/// Takes tokens of the given kinds; true when there was one.
+bool qxBasicParser::skip(unsigned int kinds)
+{
+    bool found = false;
+    while (parseOne(kinds) == QX_PARSE_OK) found = true;
+    return found;
+}
+
+bool qxBasicParser::isNext(char16_t token)
+{
+    return hasData() && *m_view.current == token;
+}
+
+/// From `open` to the next `close`; with `escape` a backslash hides the token behind it.
+qxParseResult qxBasicParser::parseEnclosed(char16_t open, char16_t close, bool escape)
+{
+    if (!isNext(open)) return QX_PARSE_NO_MATCH;
+    Hold hold(*this);
+    ++m_view.current;
+    while (hasData()) {
+        const char16_t token = *m_view.current++;
+        if (token == close) return QX_PARSE_OK;
+        if (escape && token == u'\\' && hasData()) ++m_view.current;
+        if (getTokenPos() - hold.getStart() > m_maxBufferSize) { // more than could be given back
+            setErrorText("Too Large Pushback in basic parser");
+            return QX_PARSE_ERROR;
+        }
+    }
+    hold.rewind();
+    return QX_PARSE_NO_MATCH;
+}
+
+qxParseResult qxBasicParser::parseAllExceptCREOL()
+{
+    if (!hasData()) return QX_PARSE_NO_MATCH;
+    while (hasData() && !isOfKind(*m_view.current, CR | LF)) ++m_view.current;
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxBasicParser::parseAllWS()
+{
+    return parseOne(WHITE_SPACE, WHITE_SPACE);
+}
+
+qxParseResult qxBasicParser::parseAlpha()
+{
+    return parseOne(LETTER);
+}
+
+qxParseResult qxBasicParser::parseAlphaNum()
+{
+    return parseOne(LETTER | DIGIT);
+}
+
+qxParseResult qxBasicParser::parseCR()
+{
+    return parseOne(CR);
+}
+
+qxParseResult qxBasicParser::parseCRLF()
+{
+    return checkTokens(u"\r\n", 2) ? QX_PARSE_OK : QX_PARSE_NO_MATCH;
+}
+
+qxParseResult qxBasicParser::parseCTL()
+{
+    return parseOne(CONTROL);
+}
+
+qxParseResult qxBasicParser::parseChar()
+{
+    if (!hasData()) return QX_PARSE_NO_MATCH;
+    const bool isHigh = isHighSurrogate(*m_view.current++);
+    if (isHigh && hasData() && isLowSurrogate(*m_view.current)) ++m_view.current;
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxBasicParser::parseDigit()
+{
+    return parseOne(DIGIT);
+}
+
+qxParseResult qxBasicParser::parseHT()
+{
+    return parseOne(TAB);
+}
+
+qxParseResult qxBasicParser::parseHex()
+{
+    return parseOne(HEX);
+}
+
+qxParseResult qxBasicParser::parseIdentifier()
+{
+    return parseOne(LETTER | UNDERSCORE, LETTER | UNDERSCORE | DIGIT);
+}
+
+qxParseResult qxBasicParser::parseInteger()
+{
+    Hold hold(*this);
+    parseOne(SIGN);
+    if (skip(DIGIT)) return QX_PARSE_OK;
+    hold.rewind();
+    return QX_PARSE_NO_MATCH;
+}
+
+qxParseResult qxBasicParser::parseLF()
+{
+    return parseOne(LF);
+}
+
+qxParseResult qxBasicParser::parseLoAlpha()
+{
+    return parseOne(LOWER);
+}
+
+qxParseResult qxBasicParser::parseNumber()
+{
+    if (parseInteger() != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
+    if (isNext(u'.')) {
+        Hold point(*this);
+        ++m_view.current;
+        if (!skip(DIGIT)) point.rewind();
+    }
+    if (isNext(u'e') || isNext(u'E')) {
+        Hold exponent(*this);
+        ++m_view.current;
+        if (parseInteger() != QX_PARSE_OK) exponent.rewind();
+    }
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxBasicParser::parsePlainIdentifier()
+{
+    return parseOne(LETTER | UNDERSCORE, LETTER | UNDERSCORE | DIGIT | PLAIN);
+}
+
+qxParseResult qxBasicParser::parseQuoteToken()
+{
+    return parseEnclosed(u'"', u'"', false);
+}
+
+qxParseResult qxBasicParser::parseQuoteTokenEscape()
+{
+    return parseEnclosed(u'"', u'"', true);
+}
+
+qxParseResult qxBasicParser::parseSP()
+{
+    return parseOne(SPACE);
+}
+
+qxParseResult qxBasicParser::parseSetToken()
+{
+    return parseEnclosed(u'[', u']', false);
+}
+
+qxParseResult qxBasicParser::parseSetTokenEscape()
+{
+    return parseEnclosed(u'[', u']', true);
+}
+
+qxParseResult qxBasicParser::parseSingleQuoteToken()
+{
+    return parseEnclosed(u'\'', u'\'', false);
+}
+
+qxParseResult qxBasicParser::parseSingleQuoteTokenEscape()
+{
+    return parseEnclosed(u'\'', u'\'', true);
+}
+
+qxParseResult qxBasicParser::parseToCREOL()
+{
+    if (!hasData()) return QX_PARSE_NO_MATCH;
+    char16_t last = 0;
+    while (hasData()) {
+        const char16_t token = *m_view.current++;
+        if (token == u'\n' && last == u'\r') break;
+        last = token;
+    }
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxBasicParser::parseToEOL()
+{
+    if (!hasData()) return QX_PARSE_NO_MATCH;
+    while (hasData() && *m_view.current++ != u'\n') {}
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxBasicParser::parseUpAlpha()
+{
+    return parseOne(UPPER);
+}
+
+qxParseResult qxBasicParser::parseWS()
+{
+    return parseOne(WHITE_SPACE);
+}
+
+void qxBasicParser::skipWS()
+{
+    skip(SPACE | TAB);
+}
+
+void qxBasicParser::skipAllWS()
+{
+    skip(WHITE_SPACE);
+}
+
+void qxBasicParser::skipToEOL()
+{
+    parseToEOL();
+}
+
+void qxBasicParser::skipToCREOL()
+{
+    parseToCREOL();
+}
+
+void qxBasicParser::skipAllExceptCREOL()
+{
+    parseAllExceptCREOL();
+}

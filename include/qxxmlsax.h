@@ -64,7 +64,7 @@ class QX_API qxXmlSax : public qxBasicParser, public qxSerializeData, public qxT
 {
 public:
     qxXmlSax();
-    ~qxXmlSax() override;
+    ~qxXmlSax() noexcept(false) override;
 
     // What was read. Strings are valid during the call.
 
@@ -233,7 +233,7 @@ protected:
     qxParseResult XML_read_21();  ///< CDEnd
     qxParseResult XML_read_22();  ///< prolog
     qxParseResult XML_read_23();  ///< XMLDecl
-    qxParseResult XML_read_24();  ///< VersionInfo
+    qxParseResult XML_read_24();  ///< VersionInfo, behind its white space
     qxParseResult XML_read_25();  ///< Eq
     qxParseResult XML_read_26();  ///< VersionNum
     qxParseResult XML_read_27();  ///< Misc
@@ -243,7 +243,7 @@ protected:
     qxParseResult XML_read_29();  ///< markupdecl
     qxParseResult XML_read_30();  ///< extSubset
     qxParseResult XML_read_31();  ///< extSubsetDecl
-    qxParseResult XML_read_32();  ///< SDDecl
+    qxParseResult XML_read_32();  ///< SDDecl, behind its white space
     qxParseResult XML_read_33();  ///< LanguageID
     qxParseResult XML_read_34();  ///< Langcode
     qxParseResult XML_read_35();  ///< ISO639Code
@@ -259,13 +259,13 @@ protected:
     qxParseResult XML_read_44();        ///< the end of an EmptyElemTag
     qxParseResult XML_read_45();        ///< elementdecl
     qxParseResult XML_read_46();        ///< contentspec
-    qxParseResult XML_read_47();        ///< children
+    qxParseResult XML_read_47();        ///< children, behind the parenthesis
     qxParseResult XML_read_48();        ///< cp
-    qxParseResult XML_read_49();        ///< choice
-    qxParseResult XML_read_50();        ///< seq
-    qxParseResult XML_read_51();        ///< Mixed
+    qxParseResult XML_read_49();        ///< choice, behind the parenthesis
+    qxParseResult XML_read_50();        ///< seq, behind the parenthesis
+    qxParseResult XML_read_51();        ///< Mixed, behind the parenthesis
     qxParseResult XML_read_52();        ///< AttlistDecl
-    qxParseResult XML_read_53();        ///< AttDef
+    qxParseResult XML_read_53();        ///< AttDef, behind its white space
     qxParseResult XML_read_54();        ///< AttType
     qxParseResult XML_read_55();        ///< StringType
     qxParseResult XML_read_56();        ///< TokenizedType
@@ -274,8 +274,8 @@ protected:
     qxParseResult XML_read_59();        ///< Enumeration
     qxParseResult XML_read_60();        ///< DefaultDecl
     qxParseResult XML_read_61();        ///< conditionalSect
-    qxParseResult XML_read_62();        ///< includeSect
-    qxParseResult XML_read_63();        ///< ignoreSect
+    qxParseResult XML_read_62();        ///< includeSect, behind "<![" and white space
+    qxParseResult XML_read_63();        ///< ignoreSect, behind "<![" and white space
     qxParseResult XML_read_64();        ///< ignoreSectContents
     qxParseResult XML_read_65();        ///< Ignore
     qxParseResult XML_read_66();        ///< CharRef
@@ -283,16 +283,16 @@ protected:
     qxParseResult XML_read_68();        ///< EntityRef
     qxParseResult XML_read_69();        ///< PEReference
     qxParseResult XML_read_70();        ///< EntityDecl
-    qxParseResult XML_read_71();        ///< GEDecl
-    qxParseResult XML_read_72();        ///< PEDecl
+    qxParseResult XML_read_71();        ///< GEDecl, behind "<!ENTITY" and white space
+    qxParseResult XML_read_72();        ///< PEDecl, behind "<!ENTITY" and white space
     qxParseResult XML_read_73();        ///< EntityDef
     qxParseResult XML_read_74();        ///< PEDef
     qxParseResult XML_read_75();        ///< ExternalID
-    qxParseResult XML_read_76();        ///< NDataDecl
+    qxParseResult XML_read_76();        ///< NDataDecl, behind its white space
     qxParseResult XML_read_77();        ///< TextDecl
     qxParseResult XML_read_78();        ///< extParsedEnt
     qxParseResult XML_read_79();        ///< extPE
-    qxParseResult XML_read_80();        ///< EncodingDecl
+    qxParseResult XML_read_80();        ///< EncodingDecl, behind its white space
     qxParseResult XML_read_81();        ///< EncName
     qxParseResult XML_read_82();        ///< NotationDecl
     qxParseResult XML_read_83();        ///< PublicID
@@ -323,10 +323,48 @@ private:
         FLAG_IN_ATTRIBUTE = 64,
         FLAG_NOTIFY = 128
     };
+    struct Name; // a piece of the window
+    struct Run;  // a run of characters while it is read
+
     void setFlag(Flag flag, bool on)
     {
         m_flags = static_cast<unsigned char>(on ? m_flags | flag : m_flags & ~flag);
     }
+
+    qxXmlReaderState& reader();
+    class Reading; // what read does before and afterwards
+
+    [[noreturn]] void failCheck(unsigned int check);
+    [[noreturn]] void failCheckAt(qxUInt64 position, unsigned int check);
+    [[noreturn]] void failMarkup(unsigned int check);
+    void goOn(unsigned char answer); // raises when a callback wants no more
+
+    bool startsName(unsigned int offset);
+    Name scanName();
+    Name scanNameSlowly(const char16_t* from);
+    bool skipSpace();
+    bool skipTo(const Run& run, unsigned short first, unsigned short second, unsigned short third);
+    bool skipPair();
+    bool skipCharData(const Run& run);
+    bool isNextText(const char16_t* text);
+    void expect(char16_t token, unsigned int check);
+    void expectText(const char16_t* text, unsigned int check);
+    void expectSpace(unsigned int check);
+    void expectName(unsigned int check);
+    const qxString& textSince(const Run& run);
+    char16_t expectQuote(unsigned int check);
+
+    bool openElement();
+    void closeElement();
+    bool readSpecialContent();
+    void reportContents();
+    [[noreturn]] void failEndTag(const Name& found);
+    void readAttributeValue();
+    void skipCData(const Run& run);
+    void readSubset(bool isInternal, unsigned int depth);
+    bool openIncludeSection();
+    void readGroup(char16_t separator);
+    void skipOccurrence();
 
     qxString m_version;
     qxString m_encoding;

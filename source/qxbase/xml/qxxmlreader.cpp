@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "xml/qxxmlreader.h"
+
+#include <algorithm>
+#include <random>
+
+namespace
+{
+
+struct Seeds {
+    qxUInt64 first;
+    qxUInt64 second;
+};
+
+/// Different in each process, so that nobody can prepare names of one hash.
+const Seeds& seeds()
+{
+    static const Seeds made = [] {
+        std::random_device random;
+        const auto word = [&random] { return static_cast<qxUInt64>(random()) << 32 | random(); };
+        return Seeds{word() | 1, word() | 1};
+    }();
+    return made;
+}
+
+/// Gives the memory of a large document back, and keeps that of a small one for the next.
+template <class Item>
+void release(std::vector<Item>& items)
+{
+    constexpr std::size_t KEPT = 65536;
+    if (items.capacity() * sizeof(Item) > KEPT) std::vector<Item>().swap(items);
+}
+
+qxUInt64 mix(qxUInt64 left, qxUInt64 right)
+{
+    __extension__ typedef unsigned __int128 Wide;
+    const Wide product = static_cast<Wide>(left) * right;
+    return static_cast<qxUInt64>(product) ^ static_cast<qxUInt64>(product >> 64);
+}
+
+std::size_t seededHash(std::string_view text)
+{
+    const Seeds& seed = seeds();
+    qxUInt64 hash = seed.first ^ text.size();
+    while (!text.empty()) {
+        qxUInt64 word = 0;
+        const std::size_t taken = std::min<std::size_t>(text.size(), sizeof word);
+        std::memcpy(&word, text.data(), taken);
+        hash = mix(hash ^ word, seed.second);
+        text.remove_prefix(taken);
+    }
+    return static_cast<std::size_t>(mix(hash, seed.first));
+}
+
+} // namespace
+
+void qxXmlNameCache::enter(Slot& slot, const char16_t* tokens, std::size_t length)
+{
+    std::vector<char> bytes(3 * length);
+    slot.name.assign(bytes.data(), qxTokensToUTF8(tokens, length, bytes.data()));
+    slot.stamp = ++m_lastStamp;
+    if (length > LONGEST) return;
+    slot.length = static_cast<unsigned int>(length);
+    std::memcpy(slot.tokens, tokens, length * sizeof(char16_t));
+}
+
+bool qxXmlAttributeList::append(std::size_t first, const qxString& name)
+{
+    const std::string_view text(name.getString(), name.length());
+    const std::size_t index = m_attributes.size();
+    if (find(first, index, text) != index) return false;
+    std::memcpy(makeRoom(text.size()), text.data(), text.size());
+    m_attributes.push_back({m_used, static_cast<unsigned int>(text.size()), 0});
+    m_used += text.size();
+    if (index - first >= FEW) {
+        if (m_indexFirst != first || m_indexed != index || m_index.empty())
+            buildIndex(first);
+        else
+            enterIndex(index);
+    }
+    return true;
+}
+
+void qxXmlAttributeList::setValue(const char16_t* tokens, std::size_t count)
+{
+    const std::size_t length = qxTokensToUTF8(tokens, count, makeRoom(3 * count));
+    m_attributes.back().valueLength = static_cast<unsigned int>(length);
+    m_used += length;
+}
+
+void qxXmlAttributeList::setValue(const qxString& value)
+{
+    m_used -= m_attributes.back().valueLength;
+    std::memcpy(makeRoom(value.length()), value.getString(), value.length());
+    m_attributes.back().valueLength = value.length();
+    m_used += value.length();
+}
+
+char* qxXmlAttributeList::makeRoom(std::size_t bytes)
+{
+    if (m_bytes.size() - m_used < bytes) m_bytes.resize(2 * (m_used + bytes) + 1024);
+    return m_bytes.data() + m_used;
+}
+
+std::size_t qxXmlAttributeList::find(std::size_t first, std::size_t end, std::string_view name) const
+{
+    if (end - first > FEW && m_indexFirst == first && m_indexed == end && !m_index.empty())
+        return findIndexed(first, end, name);
+    for (std::size_t i = first; i < end; ++i) {
+        if (m_attributes[i].nameLength == name.size() && nameOf(i) == name) return i;
+    }
+    return end;
+}
+
+std::size_t qxXmlAttributeList::findIndexed(std::size_t first, std::size_t end, std::string_view name) const
+{
+    const std::size_t mask = m_index.size() - 1;
+    for (std::size_t place = seededHash(name) & mask; m_index[place] != 0; place = (place + 1) & mask) {
+        const std::size_t index = first + m_index[place] - 1;
+        if (nameOf(index) == name) return index;
+    }
+    return end;
+}
+
+void qxXmlAttributeList::enterIndex(std::size_t index)
+{
+    if ((index - m_indexFirst + 1) * 2 > m_index.size()) return buildIndex(m_indexFirst);
+    const std::size_t mask = m_index.size() - 1;
+    std::size_t place = seededHash(nameOf(index)) & mask;
+    while (m_index[place] != 0) place = (place + 1) & mask;
+    m_index[place] = static_cast<unsigned int>(index - m_indexFirst + 1);
+    m_indexed = index + 1;
+}
+
+void qxXmlAttributeList::buildIndex(std::size_t first)
+{
+    const std::size_t count = m_attributes.size() - first;
+    m_index.assign(std::bit_ceil(4 * count), 0);
+    m_indexFirst = first;
+    for (std::size_t i = first; i < m_attributes.size(); ++i) enterIndex(i);
+}
+
+void qxXmlAttributeList::clear()
+{
+    m_attributes.clear();
+    release(m_attributes);
+    release(m_bytes);
+    release(m_index);
+    m_used = m_indexFirst = m_indexed = 0;
+}
+
+const qxString* qxXmlReaderState::textOf(const char16_t* tokens, std::size_t count)
+{
+    if (count > qxString::MAX_LENGTH) return nullptr; // a token takes a byte or more
+    if (m_scratch.size() < 3 * count) m_scratch.resize(3 * count + 1024);
+    const std::size_t length = qxTokensToUTF8(tokens, count, m_scratch.data());
+    return length > qxString::MAX_LENGTH ? nullptr : &texts.make(m_scratch.data(), length);
+}
+
+void qxXmlReaderState::clear()
+{
+    levels.clear();
+    release(levels);
+    release(m_nameTokens);
+    m_nameTokensUsed = 0;
+    attributes.clear();
+    isInIntSubset = false;
+    isAttributePending = false;
+}

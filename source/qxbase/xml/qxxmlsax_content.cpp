@@ -1,0 +1,480 @@
+// The productions of the document and of its elements.
+// SPDX-License-Identifier: see LICENSE
+
+#include "xml/qxxmlsax_scan.h"
+
+#include <string_view>
+
+namespace
+{
+
+constexpr std::string_view FUNCTION = "function:";
+
+bool isFunction(std::string_view text)
+{
+    return text.substr(0, FUNCTION.size()) == FUNCTION;
+}
+
+std::string_view viewOf(const qxString& text)
+{
+    return {text.getString(), text.length()};
+}
+
+bool equalsLowered(std::string_view text, std::string_view lower)
+{
+    if (text.size() != lower.size()) return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isUpper = text[i] >= 'A' && text[i] <= 'Z';
+        if ((isUpper ? text[i] + ('a' - 'A') : text[i]) != lower[i]) return false;
+    }
+    return true;
+}
+
+/// The beginning of a text, at most `length` bytes and whole characters.
+qxString cutText(const qxString& text, unsigned int length)
+{
+    if (text.length() <= length) return text;
+    while (length > 0 && (static_cast<unsigned char>(text.getString()[length]) & 0xC0) == 0x80) --length;
+    return text.left(length);
+}
+
+} // namespace
+
+qxParseResult qxXmlSax::XML_read_01()
+{
+    XML_read_22();
+    if (XML_read_39() != QX_PARSE_OK) failMarkup(101);
+    while (XML_read_27() == QX_PARSE_OK) {}
+    if (hasData()) failMarkup(102);
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_14()
+{
+    if (!isNotifyingItemType(QX_XML_CHARDATA))
+        return skipCharData({getTokenPos(), getTokenPos(), 0}) ? QX_PARSE_OK : QX_PARSE_NO_MATCH;
+
+    const Hold hold(*this);
+    const Run run = {hold.getStart(), hold.getStart(), 1402};
+    if (!skipCharData(run)) return QX_PARSE_NO_MATCH;
+    const qxString& text = textSince(run);
+    const unsigned int level = getCurrentElementLevel();
+    if (!isFunction(viewOf(text))) {
+        goOn(onCharData(text, level));
+    } else {
+        const qxString argument(text.getString() + FUNCTION.size(), text.length() - FUNCTION.size());
+        goOn(onCharData(onFunction(argument, level), level));
+    }
+    return QX_PARSE_OK;
+}
+
+/// Takes text up to "<", "&", "]]>" or what is no character; false when there is none.
+bool qxXmlSax::skipCharData(const Run& run)
+{
+    while (skipTo(run, u'<', u'&', u']')) {
+        if (*m_view.current != u']' || (peek(1) == u']' && peek(2) == u'>')) break;
+        ++m_view.current;
+    }
+    return getTokenPos() != run.begin;
+}
+
+qxParseResult qxXmlSax::XML_read_15()
+{
+    if (peek(0) != u'<' || peek(1) != u'!' || peek(2) != u'-') return QX_PARSE_NO_MATCH;
+    const Hold hold(*this);
+    m_view.current += 3;
+    expect(u'-', 1501);
+    const Run run = {hold.getStart(), getTokenPos(), 1504};
+    for (;;) {
+        if (!skipTo(run, u'-', u'-', u'-')) failCheck(1502);
+        if (peek(1) == u'-') break;
+        ++m_view.current;
+    }
+    const qxString& text = textSince(run);
+    m_view.current += 2;
+    expect(u'>', 1503);
+    if (isNotifyingItemType(QX_XML_COMMENT)) goOn(onComment(text, getCurrentElementLevel()));
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_16()
+{
+    if (peek(0) != u'<' || peek(1) != u'?') return QX_PARSE_NO_MATCH;
+    const Hold hold(*this);
+    m_view.current += 2;
+    const qxUInt64 targetPos = getTokenPos();
+    if (XML_read_17() != QX_PARSE_OK) failCheck(1601);
+    const auto targetLength = static_cast<std::size_t>(getTokenPos() - targetPos);
+    if (!isNextText(u"?>")) expectSpace(1602);
+
+    const Run run = {hold.getStart(), getTokenPos(), 1604};
+    for (;;) {
+        if (!skipTo(run, u'?', u'?', u'?')) failCheck(1603);
+        if (peek(1) == u'>') break;
+        ++m_view.current;
+    }
+    const qxString& data = textSince(run);
+    m_view.current += 2;
+    if (!isNotifyingItemType(QX_XML_PI)) return QX_PARSE_OK;
+    const qxString& target = reader().names.find(tokenAt(targetPos), targetLength).name;
+    goOn(onProcessingInstruction(target, data, getCurrentElementLevel()));
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_17()
+{
+    const Hold hold(*this);
+    if (XML_read_05() != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
+    const char16_t* const name = hold.begin();
+    const bool isReserved = getTokenPos() - hold.getStart() == 3 && (name[0] | 0x20) == u'x' &&
+                            (name[1] | 0x20) == u'm' && (name[2] | 0x20) == u'l';
+    if (isReserved) failCheckAt(hold.getStart(), 1701);
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_18()
+{
+    const Hold hold(*this);
+    if (XML_read_19() != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
+    const Run run = {hold.getStart(), getTokenPos(), 1802};
+    skipCData(run);
+    const qxString& text = textSince(run);
+    if (XML_read_21() != QX_PARSE_OK) failCheck(1801);
+    if (isNotifyingItemType(QX_XML_CDATA)) goOn(onCDATA(text, getCurrentElementLevel()));
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_19()
+{
+    if (peek(0) != u'<' || peek(1) != u'!' || peek(2) != u'[') return QX_PARSE_NO_MATCH;
+    m_view.current += 3;
+    expectText(u"CDATA[", 1901);
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_20()
+{
+    const Hold hold(*this);
+    skipCData({hold.getStart(), hold.getStart(), 1802});
+    return QX_PARSE_OK;
+}
+
+/// Takes characters up to "]]>" or the first that is none.
+void qxXmlSax::skipCData(const Run& run)
+{
+    while (skipTo(run, u']', u']', u']')) {
+        if (peek(1) == u']' && peek(2) == u'>') break;
+        ++m_view.current;
+    }
+}
+
+qxParseResult qxXmlSax::XML_read_21()
+{
+    if (!isNextText(u"]]>")) return QX_PARSE_NO_MATCH;
+    m_view.current += 3;
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_22()
+{
+    XML_read_23();
+    bool hasDocumentType = false;
+    for (;;) {
+        if (XML_read_27() == QX_PARSE_OK) continue;
+        if (hasDocumentType || XML_read_28() != QX_PARSE_OK) return QX_PARSE_OK;
+        hasDocumentType = true;
+    }
+}
+
+qxParseResult qxXmlSax::XML_read_27()
+{
+    if (XML_read_03() == QX_PARSE_OK || XML_read_15() == QX_PARSE_OK) return QX_PARSE_OK;
+    return XML_read_16();
+}
+
+qxParseResult qxXmlSax::XML_read_39()
+{
+    if (peek(0) != u'<' || !startsName(1)) return QX_PARSE_NO_MATCH;
+    if (!openElement()) return QX_PARSE_OK;
+    XML_read_43();
+    closeElement();
+    return QX_PARSE_OK;
+}
+
+/// Reads a start tag with its end; true when the element has content, false when it is complete.
+bool qxXmlSax::openElement()
+{
+    XML_read_40();
+    if (XML_read_44() == QX_PARSE_OK) {
+        readSpecialContent();
+        qxXmlReaderState& state = reader();
+        if (isNotifyingItemType(QX_XML_ELEMENT))
+            goOn(onElementEnd(state.nameOf(state.levels.back()), state.level()));
+        state.pop();
+        return false;
+    }
+    expect(u'>', 4002);
+    qxXmlReaderState& state = reader();
+    qxXmlLevel& level = state.levels.back();
+    if (isNotifyingItemType(QX_XML_ELEMENT_CONTENTS)) {
+        setHistory(getMaxBufferSize());
+        level.contentsStart = getTokenPos();
+    }
+    if (isNotifyingItemType(QX_XML_CONTENTS_START))
+        goOn(onElementContentsStart(state.nameOf(level), state.level()));
+    if (readSpecialContent()) skipSpace();
+    return true;
+}
+
+/// Lets the productions for values, objects and custom data try the content of the element just opened.
+bool qxXmlSax::readSpecialContent()
+{
+    qxXmlReaderState& state = reader();
+    const qxXmlLevel& level = state.levels.back();
+    if (useDynOnly()) return XML_read_91() == QX_PARSE_OK;
+    if (level.nameLength == 5 && *state.nameTokens(level) == u'q') {
+        const qxString& name = state.nameOf(level);
+        if (name == "qxDyn") return XML_read_91() == QX_PARSE_OK;
+        if (name == "qxObj") return XML_read_92() == QX_PARSE_OK;
+    }
+    return XML_read_93() == QX_PARSE_OK;
+}
+
+/// Reads the end tag of the innermost element and leaves the element.
+void qxXmlSax::closeElement()
+{
+    qxXmlReaderState& state = reader();
+    if (XML_read_Test_ETag() == QX_PARSE_OK) reportContents();
+    if (XML_read_42() != QX_PARSE_OK) failCheck(4201);
+    if (isNotifyingItemType(QX_XML_ELEMENT))
+        goOn(onElementEnd(state.nameOf(state.levels.back()), state.level()));
+    state.pop();
+}
+
+void qxXmlSax::reportContents()
+{
+    if (!isNotifyingItemType(QX_XML_ELEMENT_CONTENTS) && !isNotifyingItemType(QX_XML_CONTENTS_END)) return;
+    qxXmlReaderState& state = reader();
+    const qxUInt64 start = state.levels.back().contentsStart;
+    const bool isHeld = start != qxXmlReaderState::NOT_KEPT && start >= m_view.bufferPos &&
+                        getTokenPos() - start < getMaxBufferSize();
+    if (isHeld && isNotifyingItemType(QX_XML_ELEMENT_CONTENTS)) {
+        const auto length = static_cast<std::size_t>(getTokenPos() - start);
+        if (const qxString* const text = state.textOf(tokenAt(start), length))
+            goOn(onElementContents(state.nameOf(state.levels.back()), *text, state.level()));
+    }
+    if (isNotifyingItemType(QX_XML_CONTENTS_END))
+        goOn(onElementContentsEnd(state.nameOf(state.levels.back()), state.level()));
+}
+
+qxParseResult qxXmlSax::XML_read_40()
+{
+    if (peek(0) != u'<' || !startsName(1)) return QX_PARSE_NO_MATCH;
+    reportProgress();
+    setFlag(FLAG_VALUE_BASE64, false);
+    setFlag(FLAG_VALUE_HEX, false);
+
+    ++m_view.current;
+    qxXmlReaderState& state = reader();
+    const Name name = scanName();
+    qxXmlNameCache::Slot& slot = state.names.find(name.tokens, name.length);
+    state.push(slot, name.tokens, name.length);
+    if (isNotifyingItemType(QX_XML_ELEMENT)) goOn(onElementStart(slot.name, state.level()));
+
+    for (;;) {
+        const bool hadSpace = skipSpace();
+        const char16_t token = peek(0);
+        if (token == u'>' || token == u'/') break;
+        if (!hadSpace) failCheck(4001);
+        if (XML_read_41() != QX_PARSE_OK) failCheck(4002);
+    }
+    if (isNotifyingItemType(QX_XML_ATTRIBUTE_END))
+        goOn(onElementAttributeEnd(state.nameOf(state.levels.back()), state.level()));
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_41()
+{
+    if (!startsName(0)) return QX_PARSE_NO_MATCH;
+    setFlag(FLAG_IN_ATTRIBUTE, true);
+    qxXmlReaderState& state = reader();
+    const Name name = scanName();
+    qxXmlNameCache::Slot& slot = state.names.find(name.tokens, name.length);
+    const std::size_t first = state.levels.empty() ? 0 : state.levels.back().firstAttribute;
+    if (!state.attributes.append(first, slot.name)) failCheckAt(getTokenPos() - name.length, 4102);
+    state.isAttributePending = true;
+    const unsigned int stamp = slot.stamp;
+
+    XML_read_25();
+    if (XML_read_10() != QX_PARSE_OK) failCheck(4101);
+    readAttributeValue();
+    if (isNotifyingItemType(QX_XML_ATTRIBUTE)) {
+        const std::size_t last = state.attributes.size() - 1;
+        const bool isKnown = slot.stamp == stamp; // references in the value may have taken its slot
+        if (!isKnown)
+            state.attributeName.assign(state.attributes.nameOf(last).data(),
+                                       state.attributes.nameOf(last).size());
+        const std::string_view value = state.attributes.valueOf(last);
+        goOn(onAttribute(isKnown ? slot.name : state.attributeName,
+                         state.texts.make(value.data(), value.size()), state.level()));
+    }
+    setFlag(FLAG_IN_ATTRIBUTE, false);
+    return QX_PARSE_OK;
+}
+
+/// Gives the last attribute the value that was just read.
+void qxXmlSax::readAttributeValue()
+{
+    qxXmlReaderState& state = reader();
+    qxXmlAttributeList& attributes = state.attributes;
+    attributes.setValue(tokenAt(state.valuePos), state.valueLength);
+    const std::size_t last = attributes.size() - 1;
+    if (isFunction(attributes.valueOf(last))) {
+        const std::string_view argument = attributes.valueOf(last).substr(FUNCTION.size());
+        attributes.setValue(onFunction(qxString(argument.data(), argument.size()), state.level()));
+    }
+    state.isAttributePending = false;
+    if (!equalsLowered(attributes.nameOf(last), "encoding")) return;
+    if (equalsLowered(attributes.valueOf(last), "b64")) setFlag(FLAG_VALUE_BASE64, true);
+    if (equalsLowered(attributes.valueOf(last), "hex")) setFlag(FLAG_VALUE_HEX, true);
+}
+
+qxParseResult qxXmlSax::XML_read_42()
+{
+    qxXmlReaderState& state = reader();
+    if (state.levels.empty() || XML_read_Test_ETag() != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
+    const qxXmlLevel& level = state.levels.back();
+    const char16_t* const expected = state.nameTokens(level);
+    const std::size_t length = level.nameLength;
+    const char16_t* const name = m_view.current + 2;
+    if (m_view.end - name > static_cast<std::ptrdiff_t>(length) && name[length] == u'>' &&
+        std::memcmp(name, expected, length * sizeof(char16_t)) == 0) {
+        m_view.current += length + 3; // by far the most common form, in one piece
+        return QX_PARSE_OK;
+    }
+
+    m_view.current += 2;
+    if (!startsName(0)) failCheck(4202);
+    const Name found = scanName();
+    if (found.length != length || std::memcmp(found.tokens, expected, length * sizeof(char16_t)) != 0)
+        failEndTag(found);
+    skipSpace();
+    expect(u'>', 4203);
+    return QX_PARSE_OK;
+}
+
+/// Fails at the name of an end tag, which was just taken.
+void qxXmlSax::failEndTag(const Name& found)
+{
+    constexpr unsigned int LONGEST = 30000; // bytes of each name, so that both fit an error text
+    qxXmlReaderState& state = reader();
+    const qxString got = state.names.find(found.tokens, found.length).name;
+    const qxString& expected = state.nameOf(state.levels.back());
+    m_view.current -= found.length;
+    m_errorCheck = 0;
+    setError("Expected end tag '%s' but got '%s'", cutText(expected, LONGEST), cutText(got, LONGEST));
+    throw qxParserException(getError(), qxParserException::SYNTAX);
+}
+
+/// Elements inside the content open and close in this one loop: the depth of a document costs no stack.
+qxParseResult qxXmlSax::XML_read_43()
+{
+    qxXmlReaderState& state = reader();
+    const unsigned int base = state.level();
+    while (hasData()) {
+        const char16_t token = *m_view.current;
+        if (token == u'&') {
+            XML_read_67();
+        } else if (token != u'<') {
+            if (XML_read_14() == QX_PARSE_OK) continue;
+            if (token == u']') failCheck(1401);
+            failCheck(4301);
+        } else if (startsName(1)) {
+            openElement();
+        } else if (peek(1) == u'/') {
+            if (state.level() == base) return QX_PARSE_OK;
+            closeElement();
+        } else if (XML_read_18() != QX_PARSE_OK && XML_read_16() != QX_PARSE_OK &&
+                   XML_read_15() != QX_PARSE_OK) {
+            failMarkup(4301);
+        }
+    }
+    if (state.level() != base) failCheck(4201);
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_44()
+{
+    if (peek(0) != u'/') return QX_PARSE_NO_MATCH;
+    ++m_view.current;
+    expect(u'>', 4401);
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_Test_ETag()
+{
+    return peek(0) == u'<' && peek(1) == u'/' ? QX_PARSE_OK : QX_PARSE_NO_MATCH;
+}
+
+qxParseResult qxXmlSax::XML_read_66()
+{
+    if (peek(0) != u'&' || peek(1) != u'#') return QX_PARSE_NO_MATCH;
+    const Hold hold(*this);
+    const Run run = {hold.getStart(), hold.getStart() + 1, 6604};
+    m_view.current += 2;
+    const bool isHex = peek(0) == u'x';
+    if (isHex) ++m_view.current;
+
+    unsigned int code = 0;
+    const qxUInt64 digits = getTokenPos();
+    while (qxIsXmlClass(peek(0), isHex ? QX_XML_CLASS_HEX : QX_XML_CLASS_DIGIT)) {
+        const unsigned int digit = *m_view.current;
+        const unsigned int value = digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10;
+        if (code < 0x110000) code = code * (isHex ? 16 : 10) + value;
+        if (getTokenPos() - run.body > qxString::MAX_LENGTH) failCheckAt(run.begin, run.check);
+        ++m_view.current;
+    }
+    if (getTokenPos() == digits) failCheck(6601);
+    const qxString& name = textSince(run);
+    expect(u';', 6602);
+    if (code < 0x10000 ? !qxIsXmlChar(code) : code >= 0x110000) failCheckAt(run.begin, 6603);
+    if (isNotifyingItemType(QX_XML_ENTITY_REFERENCE))
+        goOn(onEntityReference(name, getCurrentElementLevel(), (m_flags & FLAG_IN_ATTRIBUTE) != 0));
+    return QX_PARSE_OK;
+}
+
+qxParseResult qxXmlSax::XML_read_67()
+{
+    if (XML_read_66() == QX_PARSE_OK) return QX_PARSE_OK;
+    return XML_read_68();
+}
+
+qxParseResult qxXmlSax::XML_read_68()
+{
+    if (peek(0) != u'&') return QX_PARSE_NO_MATCH;
+    ++m_view.current;
+    if (!startsName(0)) failCheck(6801);
+    const Name tokens = scanName();
+    const qxString& name = reader().names.find(tokens.tokens, tokens.length).name;
+    expect(u';', 6802);
+    if (isNotifyingItemType(QX_XML_ENTITY_REFERENCE))
+        goOn(onEntityReference(name, getCurrentElementLevel(), (m_flags & FLAG_IN_ATTRIBUTE) != 0));
+    return QX_PARSE_OK;
+}
+
+// Values of dynamic types, objects and custom data are read as ordinary content: nothing here takes them yet.
+
+qxParseResult qxXmlSax::XML_read_91()
+{
+    return QX_PARSE_NO_MATCH;
+}
+
+qxParseResult qxXmlSax::XML_read_92()
+{
+    return QX_PARSE_NO_MATCH;
+}
+
+qxParseResult qxXmlSax::XML_read_93()
+{
+    return QX_PARSE_NO_MATCH;
+}

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "xml/qxxmlsax_scan.h"
+
+#include "xml/qxxmlchecks.h"
+
+namespace
+{
+
+constexpr unsigned int LONGEST_TEXT = qxString::MAX_LENGTH; // a token takes a byte or more in a string
+
+constexpr unsigned int CHECK_CHAR = 201;
+constexpr unsigned int CHECK_FAULT = 202;
+constexpr unsigned int CHECK_LONG_NAME = 502;
+
+} // namespace
+
+/// Stores the error of the check that failed at the next token.
+void qxXmlSax::failCheck(unsigned int check)
+{
+    // Where the next token is no character at all, that says more than what was expected instead.
+    if (hasData() && isFault(getTokenPos())) {
+        check = CHECK_FAULT;
+    } else if (hasData() && !qxIsXmlChar(*m_view.current)) {
+        const bool isPair = qxIsHighSurrogate(*m_view.current) && qxIsLowSurrogate(peek(1));
+        if (!isPair) check = CHECK_CHAR;
+    }
+    const char* const text = qxXmlCheckOwnText(check);
+    m_errorCheck = text ? 0 : check;
+    setErrorText(text ? text : qxGenerateDebugString("qxxml", static_cast<int>(check), QX_VERSION));
+    throw qxParserException(getError(), qxParserException::SYNTAX);
+}
+
+/// The same for what begins at `position` and is refused as a whole.
+void qxXmlSax::failCheckAt(qxUInt64 position, unsigned int check)
+{
+    m_view.current = tokenAt(position);
+    failCheck(check);
+}
+
+/// Fails where the markup that stands next stops making sense.
+void qxXmlSax::failMarkup(unsigned int check)
+{
+    const char16_t second = peek(1);
+    if (!hasData() || *m_view.current != u'<' || startsName(1)) failCheck(check);
+    if (second == u'!' && (peek(2) == u'D' || peek(2) == u'[')) failCheck(check); // refused as a whole
+    m_view.current += second == u'!' ? 2 : 1;
+    failCheck(check);
+}
+
+void qxXmlSax::goOn(unsigned char answer)
+{
+    if (!answer) throw qxParserException(qxString(), qxParserException::REFUSED);
+}
+
+/// Takes a name that has other letters than those of ASCII or stands at the end of the window; it is a name up
+/// to `from`.
+qxXmlSax::Name qxXmlSax::scanNameSlowly(const char16_t* from)
+{
+    const Hold hold(*this);
+    m_view.current = from;
+    while (hasData()) {
+        if (qxIsInXmlSet(QX_XML_NAME_TOKENS, *m_view.current))
+            ++m_view.current;
+        else if (qxIsXmlNameHighSurrogate(*m_view.current) && qxIsLowSurrogate(peek(1)))
+            m_view.current += 2;
+        else
+            break;
+        if (getTokenPos() - hold.getStart() > LONGEST_TEXT) failCheckAt(hold.getStart(), CHECK_LONG_NAME);
+    }
+    const Name name = {hold.begin(), static_cast<std::size_t>(getTokenPos() - hold.getStart())};
+    if (!reader().textOf(name.tokens, name.length)) failCheckAt(hold.getStart(), CHECK_LONG_NAME);
+    return name;
+}
+
+/// Takes characters up to one of three tokens; false when it stops before the end of the input, something that
+/// is no character, or a text that is too long.
+bool qxXmlSax::skipTo(const Run& run, unsigned short first, unsigned short second, unsigned short third)
+{
+    const qxXmlStop stop = {first, second, third};
+    while (hasData()) {
+        m_view.current = qxFindToken(m_view.current, m_view.end, stop);
+        if (m_view.current == m_view.end) {
+            if (run.check != 0 && getTokenPos() - run.body > LONGEST_TEXT) failCheckAt(run.begin, run.check);
+            continue;
+        }
+        const char16_t token = *m_view.current;
+        if (token == first || token == second || token == third) return true;
+        if (qxIsXmlChar(token))
+            ++m_view.current; // from U+E000 on
+        else if (!skipPair())
+            return false;
+    }
+    return false;
+}
+
+bool qxXmlSax::skipPair()
+{
+    if (!qxIsHighSurrogate(*m_view.current) || !qxIsLowSurrogate(peek(1))) return false;
+    m_view.current += 2;
+    return true;
+}
+
+bool qxXmlSax::isNextText(const char16_t* text)
+{
+    for (unsigned int i = 0; text[i] != 0; ++i) {
+        if (peek(i) != text[i]) return false;
+    }
+    return true;
+}
+
+void qxXmlSax::expectText(const char16_t* text, unsigned int check)
+{
+    for (; *text != 0; ++text) expect(*text, check);
+}
+
+void qxXmlSax::expectSpace(unsigned int check)
+{
+    if (!skipSpace()) failCheck(check);
+}
+
+void qxXmlSax::expectName(unsigned int check)
+{
+    if (XML_read_05() != QX_PARSE_OK) failCheck(check);
+}
+
+/// Takes a quotation mark or an apostrophe and returns it.
+char16_t qxXmlSax::expectQuote(unsigned int check)
+{
+    const char16_t quote = peek(0);
+    if (quote != u'"' && quote != u'\'') failCheck(check);
+    ++m_view.current;
+    return quote;
+}
+
+/// What was taken since the run's text began.
+const qxString& qxXmlSax::textSince(const Run& run)
+{
+    const auto length = static_cast<std::size_t>(getTokenPos() - run.body);
+    const qxString* const text = reader().textOf(tokenAt(run.body), length);
+    if (!text) failCheckAt(run.begin, run.check);
+    return *text;
+}

@@ -54,7 +54,7 @@ qxRefPointer<qxSerializeAdapter> open(const qxString& url, qxSerializeAction act
         return new qxSerializeAdapterFile(qxString(path.data(), path.size()), action);
     }
     if (scheme == "mem") {
-        const qxString arguments = url.right(4, true);
+        const qxString arguments = url.left(4, true);
         void* address = nullptr;
         unsigned int length = 0;
         if (qxURLToMemory({arguments.getString(), arguments.length()}, address, length))

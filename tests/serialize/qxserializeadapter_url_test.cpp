@@ -1,0 +1,322 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxserializeadapter.h"
+
+#include "qxserializeadapterfile.h"
+#include "qxserializeadaptermemory.h"
+#include "qxtestfolder.h"
+#include "qxteststream.h"
+#include "qxtestsupport.h"
+#include "qxurlmanager.h"
+
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using Stream = qxRefPointer<qxSerializeAdapter>;
+
+TEST(qxSerializeAdapterURL, schemes)
+{
+    const struct {
+        const char* url;
+        const char* scheme;
+    } rows[] = {
+        {"", ""},
+        {"a/b", ""},
+        {"file:a", "file"},
+        {"FILE:a", "file"},
+        {"mem:1,2", "mem"},
+        {"c:\\a.xml", ""},
+        {":a", ""},
+        {"1a:b", ""},
+        {"a/b:c", ""},
+        {"x-y.z+1:q", "x-y.z+1"},
+        {"http://h", "http"},
+        {"zip:", "zip"},
+        {"a b:c", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(qxSerializeAdapter::getURLScheme(row.url), row.scheme) << row.url;
+}
+
+TEST(qxSerializeAdapterURL, resolvesAgainstAFolder)
+{
+    const struct {
+        const char* url;
+        const char* base;
+        const char* result;
+    } rows[] = {
+        {"b.xml", "", "b.xml"},
+        {"b.xml", "a/", "a/b.xml"},
+        {"b.xml", "a", "a/b.xml"},
+        {"b.xml", "file:", "file:b.xml"},
+        {"b.xml", "file:/x/y/", "file:/x/y/b.xml"},
+        {"../b.xml", "file:/x/y/", "file:/x/b.xml"},
+        {"./b.xml", "file:x/", "file:x/b.xml"},
+        {"../../b.xml", "file:x/", "file:../b.xml"},
+        {"../../b.xml", "/x/", "/b.xml"},
+        {"../b.xml", "../", "../../b.xml"},
+        {"c/../b.xml", "a/./", "a/b.xml"},
+        {"..", "a/b/", "a/"},
+        {"/b.xml", "file:/x/", "/b.xml"},
+        {"/b.xml", "file:///x/", "file:///b.xml"},
+        {"/b.xml", "http://host/x/", "http://host/b.xml"},
+        {"b.xml", "http://host", "http://host/b.xml"},
+        {"../b.xml", "http://host/x/y/", "http://host/x/b.xml"},
+        {"../../../b.xml", "http://host/x/", "http://host/b.xml"},
+        {"file:b.xml", "a/", "file:b.xml"},
+        {"zip:b", "a/", "zip:b"},
+        {"c:\\b.xml", "a/", "c:\\b.xml"},
+        {"", "a/", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(qxSerializeAdapter::resolveURL(row.url, row.base), row.result)
+            << row.url << " in " << row.base;
+
+    const qxString longText = qxString::spaces(40000, 'x');
+    EXPECT_TRUE(qxSerializeAdapter::resolveURL(longText, longText).isEmpty());
+}
+
+TEST(qxSerializeAdapterURL, folderOfADocument)
+{
+    const struct {
+        const char* url;
+        const char* folder;
+    } rows[] = {
+        {"a.xml", ""},
+        {"x/a.xml", "x/"},
+        {"/a.xml", "/"},
+        {"file:a.xml", "file:"},
+        {"file:/x/a", "file:/x/"},
+        {"http://host", "http://host"},
+        {"http://host/a?x=/b", "http://host/"},
+        {"http://host/x/a#/b", "http://host/x/"},
+        {"x/", "x/"},
+        {"x?y/a.xml", "x?y/"},
+        {"", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(qxSerializeAdapter::getURLFolder(row.url), row.folder) << row.url;
+}
+
+TEST(qxSerializeAdapterURL, opensPathsAndFileURLs)
+{
+    const TestFolder folder;
+    folder.write("d/a b.xml", "blank");
+    folder.write("d/a%20b.xml", "percent");
+    const std::string root = folder.path().string();
+    const struct {
+        std::string url;
+        std::string base;
+        const char* content;
+        std::string urlBase;
+    } rows[] = {
+        {root + "/d/a b.xml", "", "blank", "file:" + root + "/d/"},
+        {"file:" + root + "/d/a b.xml", "", "blank", "file:" + root + "/d/"},
+        {"file:" + root + "/d/a%20b.xml", "", "percent", "file:" + root + "/d/"},
+        {"file://" + root + "/d/a%20b.xml", "", "blank", "file://" + root + "/d/"},
+        {"FILE://localhost" + root + "/d/a%2520b.xml", "", "percent", "FILE://localhost" + root + "/d/"},
+        {"a b.xml", "file:" + root + "/d/", "blank", "file:" + root + "/d/"},
+        {"../d/a%20b.xml", "file://" + root + "/e/", "blank", "file://" + root + "/d/"},
+        {"a%20b.xml", root + "/d", "percent", "file:" + root + "/d/"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.url);
+        const Stream stream =
+            qxSerializeAdapter::getURLAdapter(row.url.c_str(), QX_SERIALIZE_INPUT, row.base.c_str());
+        ASSERT_TRUE(stream);
+        EXPECT_EQ(readAll(*stream), row.content);
+        EXPECT_STREQ(stream->getURLBase(), row.urlBase.c_str());
+        EXPECT_EQ(stream->getRef(), 1U);
+    }
+}
+
+TEST(qxSerializeAdapterURL, opensFilesForWriting)
+{
+    const TestFolder folder;
+    folder.write("a", "old");
+    {
+        const Stream stream =
+            qxSerializeAdapter::getURLAdapter(("file:" + folder.name("a")).c_str(), QX_SERIALIZE_APPEND);
+        ASSERT_TRUE(stream);
+        stream->write("new", 3);
+    }
+    EXPECT_EQ(folder.read("a"), "oldnew");
+}
+
+TEST(qxSerializeAdapterURL, theFolderOfAFileLeadsToItsNeighbours)
+{
+    const TestFolder folder;
+    const std::string current = std::filesystem::current_path().string();
+    const std::string absolute = folder.write("100%25/a:b/x.xml", "x");
+    folder.write("100%25/a:b/y.xml", "y");
+    const std::string names[] = {absolute, "/" + absolute, std::filesystem::relative(absolute).string()};
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        qxSerializeAdapterFile file(name.c_str());
+        const Stream neighbour =
+            qxSerializeAdapter::getURLAdapter("y.xml", QX_SERIALIZE_INPUT, file.getURLBase());
+        ASSERT_TRUE(neighbour);
+        EXPECT_EQ(readAll(*neighbour), "y");
+    }
+    EXPECT_STREQ(qxSerializeAdapterFile("plain-name").getURLBase(), "file:");
+}
+
+TEST(qxSerializeAdapterURL, opensMemory)
+{
+    char block[] = "abcdef";
+    char url[100];
+    for (const char* const format : {"mem:%llu,4", "mem:0x%llx,0x4", "MEM:0X%llX,4"}) {
+        snprintf(url, sizeof(url), format,
+                 static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(block)));
+        const Stream stream = qxSerializeAdapter::getURLAdapter(url);
+        ASSERT_TRUE(stream) << url;
+        EXPECT_TRUE(stream->isOfType(qxSerializeAdapterMemory::getClassType()));
+        EXPECT_EQ(readAll(*stream), "abcd");
+        EXPECT_STREQ(stream->getURLBase(), "");
+    }
+}
+
+TEST(qxSerializeAdapterURL, warnsAboutWhatItCannotOpen)
+{
+    const TestFolder folder;
+    const std::string missing = folder.name("no 100%d.xml");
+    const std::string longURL(65000, 'x');
+    const struct {
+        std::string url;
+        std::string base;
+        std::string message;
+    } rows[] = {
+        {"", "a/", "Empty URL name in getAdapter"},
+        {"nobody:x%s", "", "Could not create URL Adapter 'nobody:x%s'"},
+        {"file:", "", "Could not create URL Adapter 'file:'"},
+        {"file://otherhost/a", "", "Could not create URL Adapter 'file://otherhost/a'"},
+        {"file:///a%00b", "", "Could not create URL Adapter 'file:///a%00b'"},
+        {longURL, "file:/" + longURL, "Could not create URL Adapter '" + longURL.substr(0, 16384) + "'"},
+        {missing, "",
+         "URL Adapter (" + missing + ") Error:Could not open '" + missing +
+             "' for reading (No such file or directory)"},
+        {"mem:", "", "Wrong syntax in (mem:address,len) adapter arguments ()"},
+        {"mem:12", "", "Wrong syntax in (mem:address,len) adapter arguments (12)"},
+        {"mem:0,1", "", "Wrong syntax in (mem:address,len) adapter arguments (0,1)"},
+        {"mem:1,x", "", "Wrong syntax in (mem:address,len) adapter arguments (1,x)"},
+        {"mem:1,2,3", "", "Wrong syntax in (mem:address,len) adapter arguments (1,2,3)"},
+        {"mem:1,4294967296", "", "Wrong syntax in (mem:address,len) adapter arguments (1,4294967296)"},
+        {"mem:0xFFFFFFFFFFFFFFFF,2", "",
+         "Wrong syntax in (mem:address,len) adapter arguments (0xFFFFFFFFFFFFFFFF,2)"},
+        {"mem:99999999999999999999,1", "",
+         "Wrong syntax in (mem:address,len) adapter arguments (99999999999999999999,1)"},
+        {"mem:-1,1", "", "Wrong syntax in (mem:address,len) adapter arguments (-1,1)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.url.substr(0, 100));
+        MessageRecorder recorder;
+        EXPECT_FALSE(
+            qxSerializeAdapter::getURLAdapter(row.url.c_str(), QX_SERIALIZE_INPUT, row.base.c_str()));
+        const std::vector<RecordedMessage> expected = {{"QuaxoSDK", QX_LEVEL_WARNING, row.message}};
+        EXPECT_EQ(recorder.messages(), expected);
+    }
+}
+
+/// Opens its URLs as streams of their own text.
+class TestManager final : public qxURLManagerInterface
+{
+public:
+    ~TestManager() noexcept(false) override
+    {
+        if (onDelete) onDelete();
+    }
+    qxRefPointer<qxSerializeAdapter> onGetURLAdapter(const qxString& url, qxSerializeAction action) override
+    {
+        lastAction = action;
+        if (url.contains("none")) return nullptr;
+        qxRefPointer<qxSerializeAdapter> stream(new TestStream(url.getString()));
+        if (url.contains("broken")) stream->setError("it is broken");
+        return stream;
+    }
+
+    std::function<void()> onDelete;
+    qxSerializeAction lastAction = QX_SERIALIZE_INPUT;
+};
+
+TEST(qxSerializeAdapterURL, managersOpenTheirSchemes)
+{
+    const qxRefPointer<TestManager> manager(new TestManager);
+    EXPECT_TRUE(qxSerializeAdapter::registerURLManager("Test", manager));
+    EXPECT_TRUE(qxSerializeAdapter::hasRegisteredURLManager("tEST"));
+    EXPECT_EQ(qxSerializeAdapter::getURLManager("test").get(), manager.get());
+
+    const Stream stream = qxSerializeAdapter::getURLAdapter("b", QX_SERIALIZE_OUTPUT, "test://host/a/");
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(readAll(*stream), "test://host/a/b");
+    EXPECT_STREQ(stream->getURLBase(), "test://host/a/");
+    EXPECT_EQ(manager->lastAction, QX_SERIALIZE_OUTPUT);
+
+    MessageRecorder recorder;
+    EXPECT_FALSE(qxSerializeAdapter::getURLAdapter("test:none"));
+    EXPECT_FALSE(qxSerializeAdapter::getURLAdapter("test:broken"));
+    qxSerializeAdapter::unregisterURLManager(manager);
+    EXPECT_FALSE(qxSerializeAdapter::getURLAdapter("test:b"));
+    const std::vector<std::string> expected = {"Could not create URL Adapter 'test:none'",
+                                               "URL Adapter (test:broken) Error:it is broken",
+                                               "Could not create URL Adapter 'test:b'"};
+    EXPECT_EQ(recorder.texts(), expected);
+}
+
+TEST(qxSerializeAdapterURL, aManagerIsRegisteredOncePerScheme)
+{
+    const qxRefPointer<TestManager> manager(new TestManager);
+    const qxRefPointer<TestManager> other(new TestManager);
+    for (const char* const scheme : {"file", "MEM", "", "a", "1ab", "a:b"})
+        EXPECT_FALSE(qxSerializeAdapter::registerURLManager(scheme, manager)) << scheme;
+    EXPECT_FALSE(qxSerializeAdapter::registerURLManager("first", nullptr));
+    EXPECT_TRUE(qxSerializeAdapter::registerURLManager("first", manager));
+    EXPECT_TRUE(qxSerializeAdapter::registerURLManager("second", manager));
+    EXPECT_TRUE(qxSerializeAdapter::registerURLManager("third", other));
+    EXPECT_FALSE(qxSerializeAdapter::registerURLManager("first", other));
+    EXPECT_EQ(manager->getRef(), 3U);
+
+    qxSerializeAdapter::unregisterURLManager(manager);
+    EXPECT_FALSE(qxSerializeAdapter::hasRegisteredURLManager("first"));
+    EXPECT_FALSE(qxSerializeAdapter::hasRegisteredURLManager("second"));
+    EXPECT_TRUE(qxSerializeAdapter::hasRegisteredURLManager("third"));
+    EXPECT_FALSE(qxSerializeAdapter::getURLManager("first"));
+    qxSerializeAdapter::unregisterURLManager(other);
+    EXPECT_EQ(manager->getRef(), 1U);
+}
+
+TEST(qxSerializeAdapterURL, aManagerGoesOutsideTheLock)
+{
+    TestManager* const manager = new TestManager;
+    bool wasAsked = false;
+    manager->onDelete = [&] {
+        std::thread([&] { wasAsked = !qxSerializeAdapter::hasRegisteredURLManager("gone"); }).join();
+    };
+    ASSERT_TRUE(qxSerializeAdapter::registerURLManager("gone", manager));
+    qxSerializeAdapter::unregisterURLManager(manager);
+    EXPECT_TRUE(wasAsked);
+}
+
+TEST(qxSerializeAdapterURL, threadsUseTheRegistry)
+{
+    std::vector<std::thread> threads;
+    std::atomic<int> opened{0};
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            const qxString scheme = qxString::str("test%d", i);
+            for (int k = 0; k < 100; ++k) {
+                const qxRefPointer<TestManager> manager(new TestManager);
+                qxSerializeAdapter::registerURLManager(scheme, manager);
+                if (qxSerializeAdapter::getURLAdapter(scheme + ":x")) ++opened;
+                qxSerializeAdapter::unregisterURLManager(manager);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(opened, 400);
+}
+
+} // namespace

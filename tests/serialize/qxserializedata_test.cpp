@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxserializedata.h"
+
+#include "qxteststream.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+/// Writes its text; may report another size.
+class TextData final : public qxSerializeData
+{
+public:
+    explicit TextData(std::string text, int surplus = 0) : m_text(std::move(text)), m_surplus(surplus) {}
+
+    void write(qxSerializeAdapter* adapter) override
+    {
+        adapter->write(m_text.data(), static_cast<unsigned int>(m_text.size()));
+        version = adapter->getAdapterVersion();
+        flags = adapter->getAdapterFlags();
+    }
+    void read(qxSerializeAdapter* adapter) override
+    {
+        for (char& c : m_text) c = static_cast<char>(adapter->read());
+    }
+    unsigned int getDataSize(qxSerializeAdapter*) override
+    {
+        return static_cast<unsigned int>(static_cast<int>(m_text.size()) + m_surplus);
+    }
+
+    unsigned int version = 0; // of the adapter that was written to
+    qxUInt64 flags = 0;
+
+private:
+    std::string m_text;
+    int m_surplus;
+};
+
+TEST(qxSerializeData, isReadAgainAfterPushBack)
+{
+    for (const int mode : {0, 1}) {
+        TestBlock stream("rest");
+        stream.setPushBackMode(static_cast<unsigned char>(mode));
+        TextData("abc").pushBack(&stream);
+        EXPECT_EQ(readAll(stream), "abcrest");
+    }
+}
+
+TEST(qxSerializeData, pushBackUsesTheBytesThatWereWritten)
+{
+    TestBlock stream("rest");
+    TextData("abc", 1).pushBack(&stream); // reports one byte too many
+    EXPECT_EQ(readAll(stream), "abcrest");
+    EXPECT_FALSE(stream.hasError());
+}
+
+TEST(qxSerializeData, aSizeThatIsTooSmallIsAnError)
+{
+    TestBlock stream("rest");
+    TextData("abc", -1).pushBack(&stream);
+    EXPECT_STREQ(stream.getError(), "Memory Adapter written beyond end");
+    EXPECT_EQ(readAll(stream), "rest");
+}
+
+TEST(qxSerializeData, pushBackWritesInTheVersionOfTheStream)
+{
+    TestBlock stream;
+    stream.setAdapterVersion(3);
+    stream.setAdapterFlags(5);
+    TextData data("abc");
+    data.pushBack(&stream);
+    EXPECT_EQ(data.version, 3U);
+    EXPECT_EQ(data.flags, 5U);
+}
+
+} // namespace

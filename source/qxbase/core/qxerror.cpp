@@ -66,17 +66,18 @@ qxString textOf(const char* format, bool isTranslated, const qxArgument* argumen
 class FixedText
 {
 public:
-    explicit FixedText(char* text) : m_text(text) { *m_text = 0; }
+    explicit FixedText(char* text) : m_end(text) { *m_end = 0; }
 
     void append(const char* text)
     {
-        std::size_t count = std::min(std::strlen(text), MOST_BYTES - m_length);
-        if (text[count] != 0) { // cut: without the half of a character at the end
-            while (count > 0 && (static_cast<unsigned char>(text[count]) & 0xC0) == 0x80) --count;
-        }
-        std::memcpy(m_text + m_length, text, count);
-        m_length += count;
-        m_text[m_length] = 0;
+        std::size_t count = std::min(std::strlen(text), m_room);
+        const bool isCut = text[count] != 0;
+        // Without the half of a character at the end.
+        while (isCut && count > 0 && (static_cast<unsigned char>(text[count]) & 0xC0) == 0x80) --count;
+        std::memcpy(m_end, text, count);
+        m_end += count;
+        *m_end = 0;
+        m_room = isCut ? 0 : m_room - count;
     }
 
     void append(int number)
@@ -89,8 +90,8 @@ public:
     static constexpr std::size_t MOST_BYTES = 511;
 
 private:
-    char* m_text;
-    std::size_t m_length = 0;
+    char* m_end;
+    std::size_t m_room = MOST_BYTES; // none is left behind a text that was cut
 };
 
 constexpr unsigned int SLOTS = 300;

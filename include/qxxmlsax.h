@@ -43,6 +43,10 @@ typedef qxRefDict<qxString, qxRefData<qxString>> qxXmlAttributeSet;
 /// has. The number stands as line in the error of a pure syntax failure: production x 100 + check.
 QX_API const char* qxXmlCheckText(unsigned int number);
 
+/// True for a check that refuses what is too long, not what is malformed; errors with a text of their own have
+/// no number.
+QX_API bool qxXmlIsLimitCheck(unsigned int number);
+
 /// The numbers of all checks in rising order, ended by 0.
 QX_API const unsigned int* qxXmlCheckNumbers();
 
@@ -143,6 +147,11 @@ public:
     void setEncoding(const qxString& encoding) { m_encoding = encoding; }
     bool isStandalone() const { return (m_flags & FLAG_STANDALONE) != 0; }
     void setStandalone(bool standalone) { setFlag(FLAG_STANDALONE, standalone); }
+
+    /// The document type declaration, from "<!DOCTYPE" to its ">" as it stands. Reading keeps it where a class
+    /// wants that, as document trees do; one that is too long for a string is left out, with a warning.
+    const qxString& getDocumentType() const { return m_documentType; }
+    void setDocumentType(const qxString& declaration) { m_documentType = declaration; }
     bool isPlainOutput() const { return (m_flags & FLAG_PLAIN) != 0; }
 
     /// Plain output is written without indentation.
@@ -307,6 +316,9 @@ protected:
     qxParseResult XML_read_93();        ///< the data of an element that is registered for custom data
     qxParseResult XML_read_Test_ETag(); ///< looks whether an end tag stands next; takes nothing
 
+    /// Reading keeps the document type declaration from now on, or not (the start).
+    void keepDocumentType(bool keep) { m_keepsDocumentType = keep; }
+
     /// Switches all notifications off and on; read switches them on.
     void enableNotifications(bool on) { setFlag(FLAG_NOTIFY, on); }
 
@@ -361,6 +373,7 @@ private:
     [[noreturn]] void failEndTag(const Name& found);
     void readAttributeValue();
     void skipCData(const Run& run);
+    void storeDocumentType(qxUInt64 begin);
     void readSubset(bool isInternal, unsigned int depth);
     bool openIncludeSection();
     void readGroup(char16_t separator);
@@ -368,8 +381,10 @@ private:
 
     qxString m_version;
     qxString m_encoding;
+    qxString m_documentType;
     qxXmlItemType m_notifyMask;
     unsigned char m_flags;
+    bool m_keepsDocumentType = false;
     unsigned int m_errorCheck;
     std::unique_ptr<qxXmlReaderState> m_reader; // made by the first read
     std::unique_ptr<qxXmlWriterState> m_writer; // made by the first write... operation

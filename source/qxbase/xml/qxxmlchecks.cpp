@@ -15,6 +15,7 @@ struct Check {
     unsigned int number; // production x 100 + check; numbers are part of the interface and never change
     const char* expected;
     const char* ownText;
+    bool isLimit = false; // what is too long, not malformed
 };
 
 constexpr Check CHECKS[] = {
@@ -22,27 +23,27 @@ constexpr Check CHECKS[] = {
     {102, "only comments, processing instructions and white space behind the root element", nullptr},
     {201, "a character that XML allows", nullptr},
     {202, "bytes that are a character in the document's encoding", nullptr},
-    {502, "a name of at most 65,535 bytes", nullptr},
+    {502, "a name of at most 65,535 bytes", nullptr, true},
     {901, "the closing quotation mark of an entity value", nullptr},
     {902, "no parameter reference inside a declaration of the internal subset", nullptr},
     {1001, "no \"<\" in an attribute value", nullptr},
     {1002, "the closing quotation mark of an attribute value", nullptr},
-    {1003, "an attribute value of at most 65,535 bytes", nullptr},
+    {1003, "an attribute value of at most 65,535 bytes", nullptr, true},
     {1101, "the closing quotation mark of a system identifier", nullptr},
     {1201, "a character of a public identifier or its closing quotation mark", nullptr},
     {1401, "no \"]]>\" in text", nullptr},
-    {1402, "a text of at most 65,535 bytes", "Too large 'CharData' is notified"},
+    {1402, "a text of at most 65,535 bytes", "Too large 'CharData' is notified", true},
     {1501, "\"<!--\" to begin a comment", nullptr},
     {1502, "\"-->\" to end a comment", nullptr},
     {1503, "no \"--\" inside a comment", nullptr},
-    {1504, "a comment of at most 65,535 bytes", "Too large 'Comment' is notified"},
+    {1504, "a comment of at most 65,535 bytes", "Too large 'Comment' is notified", true},
     {1601, "the target of a processing instruction", nullptr},
     {1602, "white space or \"?>\" behind the target of a processing instruction", nullptr},
     {1603, "\"?>\" to end a processing instruction", nullptr},
-    {1604, "instruction data of at most 65,535 bytes", nullptr},
+    {1604, "instruction data of at most 65,535 bytes", nullptr, true},
     {1701, "a target other than \"xml\", which is only for the declaration at the start", nullptr},
     {1801, "\"]]>\" to end a CDATA section", nullptr},
-    {1802, "a CDATA section of at most 65,535 bytes", "Too large 'CData' is notified"},
+    {1802, "a CDATA section of at most 65,535 bytes", "Too large 'CData' is notified", true},
     {1901, "\"<![CDATA[\" to begin a CDATA section", nullptr},
     {2301, "white space and \"version\" in the XML declaration", nullptr},
     {2302, "\"encoding\", \"standalone\" or \"?>\", in this order, in the XML declaration", nullptr},
@@ -50,7 +51,7 @@ constexpr Check CHECKS[] = {
     {2402, "the quotation mark behind the version", nullptr},
     {2501, "\"=\"", nullptr},
     {2601, "a version number such as 1.0", nullptr},
-    {2602, "a version number of at most 65,535 digits", nullptr},
+    {2602, "a version number of at most 65,535 digits", nullptr, true},
     {2801, "\"<!DOCTYPE\"", nullptr},
     {2802, "white space behind \"<!DOCTYPE\"", nullptr},
     {2803, "the name of the document type", nullptr},
@@ -110,7 +111,7 @@ constexpr Check CHECKS[] = {
     {6601, "digits in a character reference", nullptr},
     {6602, "a digit or \";\" in a character reference", nullptr},
     {6603, "a reference to a character that XML allows", nullptr},
-    {6604, "a character reference of at most 65,535 digits", nullptr},
+    {6604, "a character reference of at most 65,535 digits", nullptr, true},
     {6801, "the name of an entity, or \"#\", behind \"&\"", nullptr},
     {6802, "\";\" to end an entity reference", nullptr},
     {6901, "the name of a parameter entity behind \"%\"", nullptr},
@@ -138,7 +139,7 @@ constexpr Check CHECKS[] = {
     {8002, "the quotation mark before the encoding", nullptr},
     {8003, "the quotation mark behind the encoding", nullptr},
     {8101, "the name of an encoding", nullptr},
-    {8102, "an encoding name of at most 65,535 characters", nullptr},
+    {8102, "an encoding name of at most 65,535 characters", nullptr, true},
     {8201, "\"<!NOTATION\"", nullptr},
     {8202, "white space behind \"<!NOTATION\"", nullptr},
     {8203, "the name of the declared notation", nullptr},
@@ -168,6 +169,12 @@ constexpr auto makeNumbers()
 constexpr auto NUMBERS = makeNumbers();
 
 } // namespace
+
+bool qxXmlIsLimitCheck(unsigned int number)
+{
+    const Check* const check = findCheck(number);
+    return check && check->isLimit;
+}
 
 const char* qxXmlCheckText(unsigned int number)
 {

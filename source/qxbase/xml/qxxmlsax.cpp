@@ -21,6 +21,7 @@ public:
         sax.setAdapter(adapter);
         sax.setBusy(true);
         sax.m_errorCheck = 0;
+        sax.m_documentType.clear();
         sax.setHistory(HISTORY);
         sax.m_flags &= static_cast<unsigned char>(~(FLAG_VALUE_BASE64 | FLAG_VALUE_HEX | FLAG_IN_ATTRIBUTE));
         sax.m_flags |= FLAG_NOTIFY;

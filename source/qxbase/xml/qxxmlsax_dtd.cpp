@@ -3,9 +3,15 @@
 
 #include "xml/qxxmlsax_scan.h"
 
+#include "qxmessage.h"
+
+#include <optional>
+
 qxParseResult qxXmlSax::XML_read_28()
 {
     if (peek(0) != u'<' || peek(1) != u'!' || peek(2) != u'D') return QX_PARSE_NO_MATCH;
+    std::optional<Hold> hold;
+    if (m_keepsDocumentType) hold.emplace(*this);
     const bool wasNotifying = (m_flags & FLAG_NOTIFY) != 0;
     enableNotifications(false); // comments, instructions and references in here are not the document's
     m_view.current += 2;
@@ -21,7 +27,20 @@ qxParseResult qxXmlSax::XML_read_28()
     }
     expect(u'>', 2805);
     enableNotifications(wasNotifying);
+    if (hold) storeDocumentType(hold->getStart());
     return QX_PARSE_OK;
+}
+
+void qxXmlSax::storeDocumentType(qxUInt64 begin)
+{
+    const qxString* const text =
+        reader().textOf(tokenAt(begin), static_cast<std::size_t>(getTokenPos() - begin));
+    if (text) {
+        m_documentType = *text;
+    } else {
+        qxMessage::message(QX_LEVEL_WARNING, "A document type of more than %d bytes is not kept",
+                           qxString::MAX_LENGTH);
+    }
 }
 
 qxParseResult qxXmlSax::XML_read_28a()

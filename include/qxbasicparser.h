@@ -303,7 +303,7 @@ private:
     bool isNext(char16_t token);
     void startInput();
     void applyEncoding();
-    void attach(qxSerializeAdapter* adapter);
+    void attach(qxSerializeAdapter* adapter, bool isShared);
     void detach();
     bool isHeld(qxUInt64 position, unsigned int count);
     void reportProgressNow();
@@ -314,7 +314,7 @@ private:
     unsigned char m_unicode = 0;
     unsigned char m_bigEndian = 0;
     unsigned char m_utf8 = 0;
-    bool m_isAdapterShared = false; // somebody held the adapter when it was attached
+    bool m_isAdapterShared = false; // somebody else held the adapter when it was attached
     bool m_busy = false;
     bool m_hasError = false;
     bool m_useErrorPlace = false;

@@ -44,13 +44,13 @@ void qxBasicParser::setAdapter(qxSerializeAdapter* adapter)
     if (refuseWhenBusy()) return;
     detach();
     startInput();
-    attach(adapter);
+    attach(adapter, adapter && adapter->getRef() > 0);
 }
 
-void qxBasicParser::attach(qxSerializeAdapter* adapter)
+void qxBasicParser::attach(qxSerializeAdapter* adapter, bool isShared)
 {
     if (!adapter) return;
-    m_isAdapterShared = adapter->getRef() > 0;
+    m_isAdapterShared = isShared;
     adapter->ref();
     m_adapter = adapter;
 }
@@ -103,7 +103,7 @@ void qxBasicParser::continueParsingFrom(qxBasicParser& other)
 {
     if (&other == this || refuseWhenBusy() || other.refuseWhenBusy()) return;
     detach();
-    attach(other.m_adapter);
+    attach(other.m_adapter, other.m_isAdapterShared); // parsers alone do not make it shared
     std::swap(m_window, other.m_window);
     m_view = other.m_view;
     m_unicode = other.m_unicode;

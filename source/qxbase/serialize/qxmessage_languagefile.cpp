@@ -1,42 +1,33 @@
 // SPDX-License-Identifier: see LICENSE
 
-#include "core/qxmessage_translator.h"
-#include "platform/qxplatformfile.h"
+#include "qxserializeadapter.h"
 
-#include <memory>
+#include "core/qxmessage_translator.h"
+
+#include <algorithm>
 
 namespace
 {
 
-constexpr std::size_t BLOCK_BYTES = 65536;
-constexpr std::size_t MOST_BYTES = 16 * 1024 * 1024;
-
-struct Closer {
-    void operator()(qxPlatformFile* file) const
-    {
-        int error = 0;
-        qxPlatformFileClose(file, error);
-    }
-};
+constexpr unsigned int BLOCK_BYTES = 65536;
+constexpr std::size_t MOST_BYTES = 16 * 1024 * 1024; // what is longer is no language file
 
 } // namespace
 
 bool qxDefaultMessageTranslator::readFile(const qxString& url, std::string& content)
 {
-    std::string_view name = url.getString();
-    if (name.starts_with("file:")) name.remove_prefix(5);
+    // The URL is a setting, and settings do not name addresses in this process.
+    if (qxSerializeAdapter::getURLScheme(url).toLower() == "mem") return false;
+    const qxRefPointer<qxSerializeAdapter> adapter = qxSerializeAdapter::getURLAdapter(url);
+    if (!adapter) return false;
 
-    int error = 0;
-    const std::unique_ptr<qxPlatformFile, Closer> file(
-        qxPlatformFileOpen(std::string(name).c_str(), QX_PLATFORM_FILE_READ, error));
-    if (!file) return false;
-
-    while (content.size() < MOST_BYTES) {
-        const std::size_t before = content.size();
-        content.resize(before + BLOCK_BYTES);
-        const std::size_t count = qxPlatformFileRead(file.get(), content.data() + before, BLOCK_BYTES, error);
-        content.resize(before + count);
-        if (count < BLOCK_BYTES) return error == 0;
+    unsigned char block[BLOCK_BYTES];
+    while (adapter->hasData()) {
+        const qxUInt64 available = std::max<qxUInt64>(adapter->length(), 1);
+        const auto wanted = static_cast<unsigned int>(std::min<qxUInt64>(available, BLOCK_BYTES));
+        const unsigned int count = adapter->read(block, wanted);
+        content.append(reinterpret_cast<const char*>(block), count);
+        if (count < wanted || content.size() > MOST_BYTES) return false;
     }
-    return false;
+    return !adapter->hasError();
 }

@@ -32,7 +32,8 @@ TEST(qxRefInstanceArray, holdsItsObjects)
         qxRefInstanceArray copy;
         copy.add(new qxReference); // goes by the assignment
         copy = array;
-        copy = copy;
+        const qxRefInstanceArray& same = copy;
+        copy = same;
         EXPECT_EQ(object->getRef(), 3U);
         array.clear();
         EXPECT_EQ(array.getCount(), 0U);

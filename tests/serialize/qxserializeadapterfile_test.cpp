@@ -52,7 +52,7 @@ TEST(qxSerializeAdapterFileRead, readsBlocksOfEverySize)
     const TestFolder folder;
     const std::string content = pattern(3 * QUEUE + 77);
     const std::string name = folder.write("a", content);
-    for (const unsigned char chunks : {'\0', '\1'}) {
+    for (const bool chunks : {false, true}) {
         for (const unsigned int size :
              {7919U, 16383U, 16384U, 65536U, QUEUE - 1, QUEUE, QUEUE + 1, 2 * QUEUE + 5}) {
             SCOPED_TRACE(std::to_string(size) + (chunks ? " large" : " small"));

@@ -207,6 +207,7 @@ public:
 
     /// With it on, errors end in " at (Line:%d,Col:%d)". At first off.
     void useErrorPlace(unsigned char on) { m_useErrorPlace = on != 0; }
+    bool isUsingErrorPlace() const { return m_useErrorPlace; }
 
     // Progress
 

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "xml/qxxmlincluder.h"
+
+#include "qxmessage.h"
+#include "qxserializeadapter.h"
+#include "qxxmldom.h"
+
+#include "core/qxuserkey.h"
+#include "serialize/qxcuttext.h"
+#include "xml/qxxmlincludes.h"
+#include "xml/qxxmltreebuilder.h"
+
+#include <string>
+
+namespace
+{
+
+constexpr unsigned int MAX_SHOWN = 16384; // bytes of a text in a message, which must fit a string
+
+template <class... Arguments>
+void warn(const char* format, const Arguments&... arguments)
+{
+    qxMessage::message(QX_LEVEL_WARNING, format, arguments...);
+}
+
+std::string_view strip(std::string_view text)
+{
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+} // namespace
+
+qxString qxXmlExpandKeys(std::string_view text)
+{
+    std::string expanded;
+    while (!text.empty()) {
+        const std::size_t start = text.find("$(");
+        const std::size_t end = start == std::string_view::npos ? start : text.find(')', start);
+        if (end == std::string_view::npos) break;
+        expanded += text.substr(0, start);
+        const qxString value = qxGetUserKey(std::string(text.substr(start + 2, end - start - 2)).c_str());
+        expanded.append(value.getString(), value.length());
+        if (expanded.size() > qxString::MAX_LENGTH) return qxString(); // no URL is that long
+        text.remove_prefix(end + 1);
+    }
+    expanded += text;
+    return expanded.size() > qxString::MAX_LENGTH ? qxString() : qxString(expanded.data(), expanded.size());
+}
+
+qxXmlIncluder::qxXmlIncluder(qxSerializeAdapter* adapter)
+{
+    if (!adapter || !adapter->hasName()) return;
+    const qxString name = adapter->getName();
+    const qxString file = name.contains("/") ? name.rightOf("/") : name;
+    m_chain.push_back(qxSerializeAdapter::resolveURL(file, adapter->getURLBase()));
+}
+
+bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned int level)
+{
+    const qxString written = data; // the reader's own string changes while the other document is read
+    const qxString url = qxXmlExpandKeys(strip({written.getString(), written.length()}));
+    qxSerializeAdapter* const reading = document.getAdapter();
+    const qxString base = reading ? reading->getURLBase() : qxString();
+    const qxString resolved = qxSerializeAdapter::resolveURL(url, base);
+    if (!isAllowed(resolved)) return false;
+
+    ++m_documents;
+    const qxRefPointer<qxSerializeAdapter> adapter = qxSerializeAdapter::getURLAdapter(resolved);
+    if (!adapter) return false;
+    qxXmlDom included;
+    included.copySettings(document);
+    included.m_includer = this;
+    m_chain.push_back(resolved);
+    ++m_depth;
+    included.read(adapter.get());
+    --m_depth;
+    m_chain.pop_back();
+    if (included.hasError()) {
+        warn("Can not include '%s', which is malformed", qxCutText(resolved, MAX_SHOWN));
+        return false;
+    }
+    return moveItems(included, document, written, level);
+}
+
+bool qxXmlIncluder::isAllowed(const qxString& url)
+{
+    const qxString shown = qxCutText(url, MAX_SHOWN);
+    if (qxSerializeAdapter::getURLScheme(url) == "mem") {
+        warn("Can not include '%s': a document must not look into the memory of its reader", shown);
+        return false;
+    }
+    for (const qxString& above : m_chain) {
+        if (above == url) {
+            warn("Can not include '%s', which includes itself", shown);
+            return false;
+        }
+    }
+    if (m_depth >= MAX_DEPTH) {
+        warn("Can not include '%s': more than %d documents include each other", shown, MAX_DEPTH);
+        return false;
+    }
+    if (m_documents >= MAX_DOCUMENTS) {
+        if (!m_isLimitReported)
+            warn("Can not include '%s' and what follows: more than %d documents are included", shown,
+                 MAX_DOCUMENTS);
+        m_isLimitReported = true;
+        return false;
+    }
+    return true;
+}
+
+bool qxXmlIncluder::moveItems(qxXmlDom& from, qxXmlDom& to, const qxString& data, unsigned int level) const
+{
+    if (!from.getFirstChild()) return false;
+    const unsigned int number = qxXmlIncludes::enter(data);
+    while (qxXmlItem* const item = from.getFirstChild()) {
+        const qxRefPointer<qxXmlItem> held(item);
+        from.removeChild(item);
+        to.builder().addItem(item, level);
+        qxXmlIncludes::hold(number);
+        qxXmlTree::setInclude(*item, number);
+    }
+    qxXmlIncludes::release(number);
+    return true;
+}

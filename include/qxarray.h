@@ -126,7 +126,7 @@ public:
     void resize(std::size_t entries)
     {
         reserve(entries);
-        while (m_entries > entries) m_items[--m_entries].~T();
+        while (m_entries > entries) destroy(m_items[--m_entries]);
         for (; m_entries < entries; ++m_entries) new (static_cast<void*>(m_items + m_entries)) T();
     }
 
@@ -139,7 +139,7 @@ public:
     /// Removes all items and keeps the room.
     void clear() noexcept(HAS_QUIET_ITEMS)
     {
-        while (m_entries > 0) m_items[--m_entries].~T();
+        while (m_entries > 0) destroy(m_items[--m_entries]);
     }
 
     void swap(qxDynamicArray& other) noexcept
@@ -152,6 +152,9 @@ public:
 
 private:
     static constexpr std::size_t MAX_ENTRIES = std::numeric_limits<unsigned int>::max();
+
+    /// An item's class is exactly `T`: a virtual destructor need not be looked up.
+    static void destroy(T& item) noexcept(HAS_QUIET_ITEMS) { item.T::~T(); }
 
     void checkIndex(std::size_t index) const
     {
@@ -178,11 +181,14 @@ private:
         std::unique_ptr<void, void (*)(void*)> unused(room, &qx_free); // given back when a copy throws
         // The standard's trait would also ask for a destructor that raises nothing.
         constexpr bool isMovedQuietly = noexcept(new (std::declval<void*>()) T(std::declval<T>()));
-        if constexpr (isMovedQuietly || !std::is_copy_constructible_v<T>)
-            std::uninitialized_move(begin(), end(), room);
-        else
+        static_assert(isMovedQuietly || std::is_copy_constructible_v<T>);
+        if constexpr (isMovedQuietly) {
+            T* place = room;
+            for (T& item : *this) new (static_cast<void*>(place++)) T(std::move(item));
+        } else {
             std::uninitialized_copy(begin(), end(), room);
-        std::destroy(begin(), end());
+        }
+        for (T& item : *this) destroy(item);
         unused.release();
         qx_free(m_items);
         m_items = room;

@@ -3,14 +3,13 @@
 
 #pragma once
 
+#include "qxdicttable.h"
 #include "qxforward.h"
-#include "qxmemory.h"
 #include "qxreference.h"
 
 #include <atomic>
 #include <cstddef>
 #include <iterator>
-#include <memory>
 #include <utility>
 
 /// A dictionary from copies of keys to pointers to items, which stay their owner's. One key may have several
@@ -35,32 +34,8 @@
 template <class Key, class Data>
 class qxDict
 {
-    static_assert(alignof(Key) <= alignof(std::max_align_t), "the library heap does not align further");
-
-    struct Entry {
-        Entry* next;
-        Data* data;
-        unsigned int hash;
-        Key key;
-    };
-
-    struct Bucket {
-        Entry* head;
-        Entry* tail;
-
-        void append(Entry* entry)
-        {
-            entry->next = nullptr;
-            (tail ? tail->next : head) = entry;
-            tail = entry;
-        }
-
-        void unlink(Entry* before, Entry* entry)
-        {
-            (before ? before->next : head) = entry->next;
-            if (tail == entry) tail = before;
-        }
-    };
+    using Entry = qxDictEntry<Key, Data>;
+    using Table = qxDictTable<Entry>;
 
 public:
     static constexpr unsigned int DEFAULT_BUCKETS = 11;
@@ -80,49 +55,29 @@ public:
         using reference = Item;
 
         Iterator() = default;
-        Iterator(const Bucket* begin, const Bucket* end) : m_bucket(begin), m_end(end)
-        {
-            advance(); // to before the first entry
-            advance();
-        }
+        explicit Iterator(const Table& table) : m_walk(table) {}
 
-        Item operator*() const { return Item{m_entry->key, m_entry->data}; }
+        Item operator*() const { return Item{m_walk.entry()->key, m_walk.entry()->data}; }
         Iterator& operator++()
         {
-            advance();
+            m_walk.advance();
             return *this;
         }
-        bool operator==(const Iterator& other) const { return m_entry == other.m_entry; }
+        bool operator==(const Iterator& other) const { return m_walk.entry() == other.m_walk.entry(); }
 
     private:
-        void advance()
-        {
-            m_entry = m_next;
-            if (m_next) m_next = m_next->next;
-            while (!m_next && m_bucket != m_end) m_next = (m_bucket++)->head;
-        }
-
-        const Entry* m_entry = nullptr;
-        const Entry* m_next = nullptr; // read in advance: the entry just given may be removed
-        const Bucket* m_bucket = nullptr;
-        const Bucket* m_end = nullptr;
+        typename Table::Walk m_walk;
     };
 
     /// No `buckets` count as 1. With `autoGrow`, entering into a dictionary of n buckets and 2n entries or
     /// more first makes 4n + 3 buckets of them.
     explicit qxDict(unsigned int buckets = DEFAULT_BUCKETS, bool autoGrow = true) noexcept
-        : m_bucketCount(buckets == 0 ? 1 : buckets), m_isAutoGrow(autoGrow)
+        : m_table(buckets), m_isAutoGrow(autoGrow)
     {}
 
     qxDict(const qxDict& other) : qxDict() { copyItems(other); }
-    qxDict(qxDict&& other) noexcept : qxDict() { take(other); }
-
-    virtual ~qxDict() noexcept(false)
-    {
-        dropItems();
-        qx_delete(m_buckets);
-        freeRecycled();
-    }
+    qxDict(qxDict&& other) noexcept : qxDict() { swapTables(other); }
+    virtual ~qxDict() noexcept(false) { dropItems(); }
 
     /// Replaces the entries by those of `other`, each with what onCopy gives for its item, and takes its
     /// bucket count and switches over.
@@ -136,25 +91,15 @@ public:
     qxDict& operator=(qxDict&& other)
     {
         if (this == &other) return *this;
-        Table old(*this);
-        old.swap();
-        take(other);
-        old.drop();
+        Detached old(*this, other.getBuckets());
+        m_table.swap(old.table);
+        swapTables(other);
+        removeAll(old.table);
         return *this;
     }
 
     /// Removes all entries and keeps the buckets.
-    virtual void clear()
-    {
-        for (unsigned int index = 0; m_entries > 0;) {
-            if (index >= m_bucketCount) index = 0; // a hook has entered something or changed the buckets
-            Bucket& bucket = m_buckets[index];
-            if (bucket.head)
-                removeEntry(bucket, nullptr, bucket.head);
-            else
-                ++index;
-        }
-    }
+    virtual void clear() { removeAll(m_table); }
 
     /// Hands the copy mode to the items, where they have one.
     virtual void setCopyMode(const qxCopyMode&) {}
@@ -174,14 +119,14 @@ public:
     void enter(const Key& key, Data* data)
     {
         SpareEntry entry(*this, key, key.hash(), data);
-        if (!m_buckets)
-            m_buckets = newBuckets(m_bucketCount);
-        else if (m_isAutoGrow && m_entries / 2 >= m_bucketCount && m_bucketCount <= (0xFFFFFFFF - 3) / 4)
-            setBuckets(4 * m_bucketCount + 3);
+        const unsigned int buckets = m_table.buckets();
+        if (m_isAutoGrow && m_table.entries() / 2 >= buckets && buckets <= MAX_BUCKETS) {
+            m_table.setBuckets(4 * buckets + 3);
+            forgetLastFound();
+        }
+        m_table.makeRoom();
         onInsert(data);
-        Entry* const entered = entry.take();
-        bucketOf(entered->hash).append(entered);
-        ++m_entries;
+        m_table.append(entry.take());
     }
 
     /// The item that was entered first under `key`, or null. With `previous`, the item of the next entry of
@@ -189,12 +134,12 @@ public:
     /// again when it was entered twice.
     Data* find(const Key& key, const Data* previous = nullptr) const
     {
-        if (m_entries == 0) return nullptr;
+        if (m_table.entries() == 0) return nullptr;
         const unsigned int hash = key.hash();
         if (previous) return findBehind(key, hash, previous);
         const Entry* entry = m_lastFound.load(std::memory_order_relaxed);
         if (entry && entry->hash == hash && entry->key == key) return entry->data;
-        entry = nextMatch(bucketOf(hash).head, key, hash);
+        entry = nextMatch(m_table.find(hash), key, hash);
         if (!entry) return nullptr;
         if (m_isCaching) m_lastFound.store(entry, std::memory_order_relaxed);
         return entry->data;
@@ -212,25 +157,18 @@ public:
         return removeFirst(key, [data](const Entry* entry) { return entry->data == data; });
     }
 
-    unsigned int entries() const { return m_entries; }
-    bool isEmpty() const { return m_entries == 0; }
+    unsigned int entries() const { return m_table.entries(); }
+    bool isEmpty() const { return m_table.entries() == 0; }
 
-    Iterator begin() const { return m_entries ? Iterator(m_buckets, m_buckets + m_bucketCount) : Iterator(); }
+    Iterator begin() const { return Iterator(m_table); }
     Iterator end() const { return Iterator(); }
 
-    unsigned int getBuckets() const { return m_bucketCount; }
+    unsigned int getBuckets() const { return m_table.buckets(); }
 
     /// Spreads the entries over another number of buckets; 0 counts as 1.
     void setBuckets(unsigned int buckets)
     {
-        if (buckets == 0) buckets = 1;
-        if (m_buckets) {
-            Bucket* const old = std::exchange(m_buckets, newBuckets(buckets));
-            const unsigned int oldCount = std::exchange(m_bucketCount, buckets);
-            for (const Bucket* bucket = old; bucket != old + oldCount; ++bucket) spread(bucket->head);
-            qx_delete(old);
-        }
-        m_bucketCount = buckets;
+        m_table.setBuckets(buckets);
         forgetLastFound();
     }
 
@@ -246,46 +184,52 @@ public:
     bool isCaching() const { return m_isCaching; }
 
     /// Off gives the kept memory back.
-    void setRecycling(bool on)
-    {
-        m_isRecycling = on;
-        if (!on) freeRecycled();
-    }
-    bool isRecycling() const { return m_isRecycling; }
+    void setRecycling(bool on) { m_store.setRecycling(on); }
+    bool isRecycling() const { return m_store.isRecycling(); }
 
 protected:
     /// What assignment does: takes copies of all that `other` has or, when that fails, changes nothing.
     void copyItems(const qxDict& other)
     {
-        Table table(*this);
-        table.copy(other);
-        table.swap();
-        setRecycling(other.m_isRecycling);
+        Detached copies(*this, other.m_table.buckets());
+        if (!other.isEmpty()) copies.table.makeRoom();
+        for (typename Table::Walk walk(other.m_table); const Entry* source = walk.entry(); walk.advance()) {
+            SpareEntry entry(*this, source->key, source->hash, nullptr);
+            entry->data = onCopy(source->data);
+            onInsert(entry->data);
+            copies.table.append(entry.take());
+        }
+        m_table.swap(copies.table);
+        forgetLastFound();
         m_isAutoGrow = other.m_isAutoGrow;
         m_isCaching = other.m_isCaching;
-        table.drop(); // what was in the dictionary
+        setRecycling(other.isRecycling());
+        removeAll(copies.table); // what was in the dictionary
     }
 
     /// For destructors of classes with hooks: removes all entries. After an exception of a hook the others
     /// are removed as well before it is passed on.
     void dropItems()
     {
-        Table table(*this);
-        table.swap();
-        table.drop();
+        setRecycling(false); // nothing comes any more
+        Detached items(*this, m_table.buckets());
+        m_table.swap(items.table);
+        removeAll(items.table);
     }
 
 private:
+    static constexpr unsigned int MAX_BUCKETS = (0xFFFFFFFF - 3) / 4; // from which growth still fits
+
     /// An entry that is given back unless it is taken.
     class SpareEntry
     {
     public:
         SpareEntry(qxDict& dict, const Key& key, unsigned int hash, Data* data)
-            : m_dict(dict), m_entry(dict.newEntry(key, hash, data))
+            : m_store(dict.m_store), m_entry(m_store.make(key, hash, data))
         {}
         ~SpareEntry()
         {
-            if (m_entry) m_dict.giveBack(m_entry);
+            if (m_entry) m_store.giveBack(m_entry);
         }
         SpareEntry(const SpareEntry&) = delete;
         SpareEntry& operator=(const SpareEntry&) = delete;
@@ -294,94 +238,20 @@ private:
         Entry* take() { return std::exchange(m_entry, nullptr); }
 
     private:
-        qxDict& m_dict;
+        qxDictEntryStore<Entry>& m_store;
         Entry* m_entry;
     };
 
-    /// Buckets of entered items outside the dictionary. Items that are still there at its end are removed.
-    class Table
-    {
-    public:
-        explicit Table(qxDict& dict) : m_dict(dict), m_bucketCount(dict.m_bucketCount) {}
-        ~Table() noexcept(false)
-        {
-            const BucketGuard guard{m_buckets};
-            drop();
-        }
-        Table(const Table&) = delete;
-        Table& operator=(const Table&) = delete;
+    /// Entered items outside the dictionary. Those that are still there at its end are removed.
+    struct Detached {
+        Detached(qxDict& owner, unsigned int buckets) : dict(owner), table(buckets) {}
+        ~Detached() noexcept(false) { dict.removeAll(table); }
 
-        void copy(const qxDict& other)
-        {
-            m_bucketCount = other.m_bucketCount;
-            if (other.m_entries == 0) return;
-            m_buckets = newBuckets(m_bucketCount);
-            for (unsigned int index = 0; index < m_bucketCount; ++index) {
-                for (const Entry* source = other.m_buckets[index].head; source; source = source->next) {
-                    SpareEntry entry(m_dict, source->key, source->hash, nullptr);
-                    entry->data = m_dict.onCopy(source->data);
-                    m_dict.onInsert(entry->data);
-                    m_buckets[index].append(entry.take());
-                    ++m_entries;
-                }
-            }
-        }
-
-        void swap()
-        {
-            std::swap(m_buckets, m_dict.m_buckets);
-            std::swap(m_bucketCount, m_dict.m_bucketCount);
-            std::swap(m_entries, m_dict.m_entries);
-            m_dict.forgetLastFound();
-        }
-
-        void drop()
-        {
-            for (; m_entries > 0; ++m_dropped) {
-                Bucket& bucket = m_buckets[m_dropped];
-                while (Entry* const entry = bucket.head) {
-                    bucket.unlink(nullptr, entry);
-                    --m_entries;
-                    Data* const data = entry->data;
-                    m_dict.giveBack(entry);
-                    m_dict.onRemove(data);
-                }
-            }
-        }
-
-    private:
-        struct BucketGuard {
-            Bucket* buckets;
-            ~BucketGuard() { qx_delete(buckets); }
-        };
-
-        qxDict& m_dict;
-        Bucket* m_buckets = nullptr;
-        unsigned int m_bucketCount;
-        unsigned int m_entries = 0;
-        unsigned int m_dropped = 0; // buckets that drop has emptied
+        qxDict& dict;
+        Table table;
     };
 
-    static Bucket* newBuckets(unsigned int count)
-    {
-        Bucket* const buckets = static_cast<Bucket*>(qx_new(count * sizeof(Bucket)));
-        std::uninitialized_value_construct_n(buckets, count);
-        return buckets;
-    }
-
-    Bucket& bucketOf(unsigned int hash) const { return m_buckets[hash % m_bucketCount]; }
-
-    /// Appends the entries from `entry` on, each to its bucket.
-    void spread(Entry* entry)
-    {
-        while (entry) {
-            Entry* const next = entry->next;
-            bucketOf(entry->hash).append(entry);
-            entry = next;
-        }
-    }
-
-    static Entry* nextMatch(Entry* entry, const Key& key, unsigned int hash)
+    static const Entry* nextMatch(const Entry* entry, const Key& key, unsigned int hash)
     {
         while (entry && !(entry->hash == hash && entry->key == key)) entry = entry->next;
         return entry;
@@ -389,7 +259,7 @@ private:
 
     Data* findBehind(const Key& key, unsigned int hash, const Data* previous) const
     {
-        const Entry* entry = nextMatch(bucketOf(hash).head, key, hash);
+        const Entry* entry = nextMatch(m_table.find(hash), key, hash);
         while (entry && entry->data != previous) entry = nextMatch(entry->next, key, hash);
         if (entry) entry = nextMatch(entry->next, key, hash);
         return entry ? entry->data : nullptr;
@@ -398,83 +268,46 @@ private:
     template <class Choice>
     bool removeFirst(const Key& key, Choice isChosen)
     {
-        if (m_entries == 0) return false;
+        if (isEmpty()) return false;
         const unsigned int hash = key.hash();
-        Bucket& bucket = bucketOf(hash);
         Entry* before = nullptr;
-        for (Entry* entry = bucket.head; entry; before = entry, entry = entry->next) {
+        for (Entry* entry = m_table.find(hash); entry; before = entry, entry = entry->next) {
             if (entry->hash != hash || !isChosen(entry) || !(entry->key == key)) continue;
-            removeEntry(bucket, before, entry); // `key` may be the entry's own and is gone now
+            m_table.unlink(before, entry);
+            letGo(entry); // `key` may be the entry's own and is gone now
             return true;
         }
         return false;
     }
 
-    void removeEntry(Bucket& bucket, Entry* before, Entry* entry)
+    /// What remains to be done with an entry that has been taken out.
+    void letGo(Entry* entry)
     {
-        bucket.unlink(before, entry);
-        --m_entries;
         forgetLastFound();
         Data* const data = entry->data;
-        giveBack(entry);
+        m_store.giveBack(entry);
         onRemove(data);
     }
 
-    void take(qxDict& other)
+    /// Removes also what a hook enters meanwhile.
+    void removeAll(Table& table)
     {
-        std::swap(m_buckets, other.m_buckets);
-        std::swap(m_bucketCount, other.m_bucketCount);
-        std::swap(m_entries, other.m_entries);
+        unsigned int bucket = 0;
+        while (Entry* const entry = table.takeFrom(bucket)) letGo(entry);
+    }
+
+    void swapTables(qxDict& other) noexcept
+    {
+        m_table.swap(other.m_table);
         forgetLastFound();
         other.forgetLastFound();
     }
 
     void forgetLastFound() { m_lastFound.store(nullptr, std::memory_order_relaxed); }
 
-    struct Recycled {
-        Recycled* next;
-    };
-
-    Entry* newEntry(const Key& key, unsigned int hash, Data* data)
-    {
-        void* memory = m_free;
-        if (m_free)
-            m_free = m_free->next;
-        else
-            memory = qx_new(sizeof(Entry));
-        try {
-            return new (memory) Entry{nullptr, data, hash, key};
-        } catch (...) {
-            giveMemoryBack(memory);
-            throw;
-        }
-    }
-
-    void giveBack(Entry* entry)
-    {
-        entry->~Entry();
-        giveMemoryBack(entry);
-    }
-
-    void giveMemoryBack(void* memory)
-    {
-        if (m_isRecycling)
-            m_free = new (memory) Recycled{m_free};
-        else
-            qx_delete(memory);
-    }
-
-    void freeRecycled()
-    {
-        while (m_free) qx_delete(std::exchange(m_free, m_free->next));
-    }
-
-    unsigned int m_bucketCount;
-    unsigned int m_entries = 0;
+    Table m_table;
     mutable std::atomic<const Entry*> m_lastFound{nullptr}; // the first entry of its key, or null
-    Bucket* m_buckets = nullptr;                            // null before the first entry
-    Recycled* m_free = nullptr;
-    bool m_isRecycling = true;
+    qxDictEntryStore<Entry> m_store;
     bool m_isAutoGrow;
     bool m_isCaching = true;
 };

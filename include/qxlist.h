@@ -188,6 +188,7 @@ protected:
     /// removed as well before it is passed on.
     void dropItems()
     {
+        setRecycling(false); // nothing comes any more
         Chain items(*this);
         items.swap();
         items.drop();

@@ -50,7 +50,7 @@ public:
     virtual void setCopyMode(const qxCopyMode& mode);
 
     /// True when a holder that is copied must clone this object.
-    virtual bool useDeepCopy();
+    virtual bool useDeepCopy() { return m_copyMode == QX_COPY_DEEP; }
 
     /// Counts one holder more. The count is not checked for overflow.
     virtual void ref() { ++m_count; }

@@ -79,7 +79,7 @@ TEST(qxType, aClassWithoutARecordAnswersItsAncestors)
 TEST(qxType, keepsTheFirst256BytesOfAName)
 {
     const std::string name(400, 'n');
-    for (const std::size_t length : {0, 1, 254, 255, 256, 257, 400}) {
+    for (const unsigned int length : {0U, 1U, 254U, 255U, 256U, 257U, 400U}) {
         SCOPED_TRACE(length);
         const std::string given = name.substr(0, length);
         const qxType type(nullptr, given.c_str());

@@ -19,11 +19,6 @@ void qxReference::setCopyMode(const qxCopyMode& mode)
     m_copyMode = mode;
 }
 
-bool qxReference::useDeepCopy()
-{
-    return m_copyMode == QX_COPY_DEEP;
-}
-
 unsigned int qxReference::unrefNoDelete()
 {
     if (m_count == 0) {

@@ -92,6 +92,8 @@ private:
     void fillWindow(unsigned int wanted) override;
 
     void open();
+    void finish();
+    void release();
     unsigned int getQueued() const { return static_cast<unsigned int>(m_queueEnd - m_window.next); }
     void emptyQueue() { setQueue(m_buffer, m_buffer); }
     void setQueue(unsigned char* next, unsigned char* end);

@@ -228,6 +228,34 @@ TEST_F(qxSerializeAdapterFileWriteTest, aFullDiskIsAnError)
     EXPECT_EQ(recorder.messages(), expected); // nobody could ask the adapter any more
 }
 
+/// Raises at every message.
+class RaisingReceiver final : public qxMessageReceiverInterface
+{
+public:
+    RaisingReceiver() { qxMessage::addMessageReceiver(this); }
+    void onMessage(const qxString&, qxMessageLevel, const char*) override { throw std::string("raised"); }
+};
+
+TEST_F(qxSerializeAdapterFileWriteTest, aReceiverMayRaiseWhenTheFileIsClosed)
+{
+    RaisingReceiver receiver;
+    const auto closeUnwritten = [&](bool unwinding) {
+        qxSerializeAdapterFile none(folder.name("no/file").c_str(), QX_SERIALIZE_OUTPUT);
+        none.write('x');
+        if (unwinding) throw std::string("first");
+    };
+    const auto caught = [&](bool unwinding) {
+        try {
+            closeUnwritten(unwinding);
+        } catch (const std::string& text) {
+            return text;
+        }
+        return std::string();
+    };
+    EXPECT_EQ(caught(false), "raised");
+    EXPECT_EQ(caught(true), "first");
+}
+
 TEST_F(qxSerializeAdapterFileWriteTest, anEmptyFileThatCouldNotBeOpenedGoesQuietly)
 {
     MessageRecorder recorder;

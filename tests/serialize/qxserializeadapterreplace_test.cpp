@@ -130,6 +130,10 @@ TEST_F(qxSerializeAdapterReplaceTest, whatCannotBeReplaced)
         EXPECT_FALSE(adapter->commit());
         EXPECT_EQ(qxSerializeAdapterReplace::canReplace(name.c_str()), row.canReplace);
     }
+    const std::string withZero = folder.name("a") + std::string("\0b", 2); // not the file before the zero
+    const qxString zero(withZero.data(), withZero.size());
+    EXPECT_TRUE(qxSerializeAdapterReplace(zero).hasError());
+    EXPECT_FALSE(qxSerializeAdapterReplace::canReplace(zero));
     EXPECT_TRUE(qxSerializeAdapterReplace::canReplace(folder.name("a").c_str()));
     EXPECT_FALSE(qxSerializeAdapterReplace::canReplace("/dev/null"));
 }

@@ -10,7 +10,7 @@
 #include "serialize/qxurl.h"
 
 #include <algorithm>
-#include <cstring>
+#include <exception>
 
 QX_DEFINE_TYPE(qxSerializeAdapterFile, qxSerializeAdapter)
 
@@ -28,12 +28,6 @@ qxString translate(const char* text)
 const qxString& getExtendedFileName(const qxString& name)
 {
     return name;
-}
-
-// A name with a zero byte inside would open another file.
-bool hasZeroByte(const qxString& name)
-{
-    return std::memchr(name.getString(), 0, name.length()) != nullptr;
 }
 
 qxPlatformFile* openForWriting(const char* name, bool update, int& error)
@@ -75,18 +69,39 @@ qxSerializeAdapterFile::qxSerializeAdapterFile(const qxString& fileName, Unopene
 
 qxSerializeAdapterFile::~qxSerializeAdapterFile() noexcept(false)
 {
+    const bool isUnwinding = std::uncaught_exceptions() > 0;
+    try {
+        finish();
+    } catch (...) { // a translator or a receiver of messages raised
+        release();
+        if (!isUnwinding) throw; // else the process would end
+    }
+}
+
+void qxSerializeAdapterFile::finish()
+{
     const bool isReading = m_action == QX_SERIALIZE_INPUT;
     const bool isWritten = isReading || (!m_file && getQueued() == 0) || writeThrough();
-    const bool isClosed = qxSerializeAdapterFile::close();
-    qxFileBuffers::giveBack(m_buffer);
+    const bool isClosed = close();
+    release();
     if (isReading || (isWritten && isClosed)) return;
     const qxString error = qxSerializeAdapter::getError(); // nobody can ask for it any more
     qxMessage::messageText(qxMessage::getDefaultSender(), QX_LEVEL_WARNING, error.getString());
 }
 
+void qxSerializeAdapterFile::release()
+{
+    int ignored;
+    qxPlatformFileClose(m_file, ignored);
+    m_file = nullptr;
+    qxFileBuffers::giveBack(m_buffer);
+    m_buffer = nullptr;
+    emptyQueue();
+}
+
 void qxSerializeAdapterFile::open()
 {
-    if (hasZeroByte(m_fileName)) {
+    if (qxHasZeroByte(m_fileName)) {
         setFile(nullptr, 0);
         return;
     }

@@ -3,6 +3,7 @@
 #include "qxserializeadapterreplace.h"
 
 #include "platform/qxplatformfile.h"
+#include "serialize/qxcuttext.h"
 
 #include <string>
 
@@ -11,7 +12,8 @@ qxSerializeAdapterReplace::qxSerializeAdapterReplace(const qxString& fileName)
 {
     int error = 0;
     std::string temporary;
-    qxPlatformFile* const file = qxPlatformFileTemporary(fileName.getString(), temporary, error);
+    qxPlatformFile* file = nullptr;
+    if (!qxHasZeroByte(fileName)) file = qxPlatformFileTemporary(fileName.getString(), temporary, error);
     setFile(file, error);
     if (file) m_temporary = temporary.c_str();
 }
@@ -48,5 +50,5 @@ void qxSerializeAdapterReplace::drop()
 bool qxSerializeAdapterReplace::canReplace(const qxString& fileName)
 {
     int error;
-    return qxPlatformFileIsReplaceable(fileName.getString(), error);
+    return !qxHasZeroByte(fileName) && qxPlatformFileIsReplaceable(fileName.getString(), error);
 }

@@ -15,7 +15,7 @@ class qxXmlTreeBuilder;
 
 /// A document as a tree of items: it reads and writes it, and is the item above its root element.
 ///
-/// Four switches say how a document is read and written. With their defaults white space around text is
+/// Five switches say how a document is read and written. With their defaults white space around text is
 /// dropped and predefined references become part of the text, which suits settings and data but not prose:
 /// text beside a reference loses blanks. A document that has to survive as it is, is read and written with
 /// SkipWhiteSpaceCharData off; it is then written without indentation.
@@ -67,6 +67,11 @@ public:
     bool getMergeStandardReferences() const { return m_mergeStandardReferences; }
     void setMergeStandardReferences(bool on) { m_mergeStandardReferences = on; }
 
+    /// Elements are indented also with SkipWhiteSpaceCharData off, except inside an element that holds text of
+    /// its own: character data, CDATA or references. Prose is never damaged then. At first off.
+    bool getKeepMixedContent() const { return m_keepMixedContent; }
+    void setKeepMixedContent(bool on) { m_keepMixedContent = on; }
+
     unsigned char onElementStart(const qxString& name, unsigned int level) override;
     unsigned char onElementEnd(const qxString& name, unsigned int level) override;
     unsigned char onAttribute(const qxString& name, const qxString& value, unsigned int level) override;
@@ -90,6 +95,7 @@ private:
     bool m_writeIncludedXml;
     bool m_readIncludedXml;
     bool m_mergeStandardReferences;
+    bool m_keepMixedContent;
     std::unique_ptr<qxXmlTreeBuilder> m_builder; // while a tree is built
     qxXmlIncluder* m_includer;                   // while a document is read that may include others
 };

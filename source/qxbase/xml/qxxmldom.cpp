@@ -34,8 +34,10 @@ std::string_view strip(std::string_view text)
 
 qxXmlDom::qxXmlDom()
     : qxXmlItem(nullptr, DOCUMENT), m_skipWhiteSpaceCharData(true), m_writeIncludedXml(false),
-      m_readIncludedXml(true), m_mergeStandardReferences(true), m_includer(nullptr)
-{}
+      m_readIncludedXml(true), m_mergeStandardReferences(true), m_keepMixedContent(false), m_includer(nullptr)
+{
+    keepDocumentType(true);
+}
 
 qxXmlDom::~qxXmlDom() noexcept(false) = default;
 
@@ -49,6 +51,7 @@ qxXmlDom* qxXmlDom::clone() const
     copy->setEncoding(getEncoding());
     copy->setStandalone(isStandalone());
     copy->setPlainOutput(isPlainOutput());
+    copy->setDocumentType(getDocumentType());
     copy->cloneChildren(*this);
     return copy.release();
 }
@@ -60,6 +63,7 @@ void qxXmlDom::copySettings(const qxXmlDom& other)
     m_writeIncludedXml = other.m_writeIncludedXml;
     m_readIncludedXml = other.m_readIncludedXml;
     m_mergeStandardReferences = other.m_mergeStandardReferences;
+    m_keepMixedContent = other.m_keepMixedContent;
     setMaxBufferSize(other.getMaxBufferSize());
     useDynOnly(other.useDynOnly());
     for (qxXmlItemType type = QX_XML_ELEMENT; type <= QX_XML_CONTENTS_END; type *= 2) {
@@ -119,7 +123,7 @@ void qxXmlDom::write(qxXmlSax* writer)
         bool was;
     };
 
-    const PlainOutput plain(*writer, !m_skipWhiteSpaceCharData);
+    const PlainOutput plain(*writer, !m_skipWhiteSpaceCharData && !m_keepMixedContent);
     qxXmlItem::write(writer);
 }
 

@@ -18,9 +18,17 @@ class TreeWriter
 {
 public:
     explicit TreeWriter(qxXmlSax& sax) : m_sax(sax), m_writer(qxXmlWriterState::of(sax)) {}
+    TreeWriter(const TreeWriter&) = delete;
+    TreeWriter& operator=(const TreeWriter&) = delete;
+
+    ~TreeWriter()
+    {
+        if (m_mixed) m_sax.setPlainOutput(false); // an operation was refused on the way
+    }
 
     void write(qxXmlItem& root)
     {
+        findDocument(root);
         open(root);
         qxXmlItem* item = hasContent(root) ? root.getFirstChild() : nullptr;
         while (item) {
@@ -42,7 +50,7 @@ private:
     bool writeOne(qxXmlItem& item)
     {
         const unsigned int include = qxXmlTree::getInclude(item);
-        if (include != 0 && !writesIncluded(item)) {
+        if (include != 0 && m_document && !m_document->getWriteIncludedXml()) {
             writeInstruction(*item.getParent(), include);
             return false;
         }
@@ -94,7 +102,12 @@ private:
 
     void openElement(const qxXmlElement& element)
     {
+        writeDocumentType();
         m_writer.writeElementStart(qxXmlTree::getName(element));
+        if (m_document && m_document->getKeepMixedContent() && !m_sax.isPlainOutput() && holdsText(element)) {
+            m_mixed = &element;
+            m_sax.setPlainOutput(true);
+        }
         const qxXmlAttributeBlock* const attributes = qxXmlTree::getAttributes(element);
         if (!attributes) return;
         for (unsigned int i = 0; i < attributes->count; ++i) {
@@ -105,19 +118,40 @@ private:
 
     void close(const qxXmlItem& item)
     {
-        if (qxXmlTree::isElement(item)) m_writer.writeElementEnd();
+        if (!qxXmlTree::isElement(item)) return;
+        m_writer.writeElementEnd();
+        if (&item != m_mixed) return;
+        m_mixed = nullptr;
+        m_sax.setPlainOutput(false);
     }
 
-    /// As the document says that the item belongs to; outside a document items are just items.
-    bool writesIncluded(const qxXmlItem& item)
+    /// Looks for the document whose switches hold here; outside a document items are just items.
+    void findDocument(const qxXmlItem& root)
     {
-        if (!m_document.first) {
-            const qxXmlItem* top = &item;
-            while (top->getParent()) top = top->getParent();
-            const bool isDocument = qxXmlTree::getKind(*top) == qxXmlTree::DOCUMENT;
-            m_document = {true, !isDocument || static_cast<const qxXmlDom*>(top)->getWriteIncludedXml()};
+        const qxXmlItem* top = &root;
+        while (top->getParent()) top = top->getParent();
+        if (qxXmlTree::getKind(*top) == qxXmlTree::DOCUMENT) m_document = static_cast<const qxXmlDom*>(top);
+    }
+
+    /// Before the root element, when a document writes itself.
+    void writeDocumentType()
+    {
+        const qxString& declaration = m_sax.getDocumentType();
+        const bool isOwn = m_document && static_cast<const qxXmlSax*>(m_document) == &m_sax;
+        if (!isOwn || m_writer.getLevel() != 0 || declaration.isEmpty() || m_hasDocumentType) return;
+        m_hasDocumentType = true;
+        if (!m_sax.isPlainOutput()) m_writer.writeGenericString("\n");
+        m_writer.writeGenericString({declaration.getString(), declaration.length()});
+    }
+
+    static bool holdsText(const qxXmlElement& element)
+    {
+        for (const qxXmlItem* child = element.getFirstChild(); child; child = child->getNextSibling()) {
+            const qxXmlTree::Kind kind = qxXmlTree::getKind(*child);
+            if (kind == qxXmlTree::CHAR_DATA || kind == qxXmlTree::CDATA || kind == qxXmlTree::REFERENCE)
+                return true;
         }
-        return m_document.second;
+        return false;
     }
 
     /// Once for all the items of one parent that came from it.
@@ -133,7 +167,9 @@ private:
 
     qxXmlSax& m_sax;
     qxXmlWriterState& m_writer;
-    std::pair<bool, bool> m_document = {false, true}; // whether it was looked for, and its switch
+    const qxXmlDom* m_document = nullptr;
+    const qxXmlItem* m_mixed = nullptr; // the open element that is written plain because it holds text
+    bool m_hasDocumentType = false;
     std::pair<const qxXmlItem*, unsigned int> m_lastInstruction = {nullptr, 0};
     std::set<std::pair<const qxXmlItem*, unsigned int>> m_instructions; // those written, with their parents
 };

@@ -1,0 +1,12 @@
+// What the tool asks of the terminal and of the system.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+enum class qxConsoleStream { INPUT, OUTPUT, ERRORS };
+
+/// Whether a terminal is at the other end of the stream.
+bool qxConsoleIsTerminal(qxConsoleStream stream);
+
+/// Takes care that the bytes of standard input and output arrive as they are.
+void qxConsoleUseBinaryStreams();

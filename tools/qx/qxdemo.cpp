@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxcommands.h"
+#include "qxoptions.h"
+#include "qxoutput.h"
+
+#include <cstdio>
+#include <filesystem>
+
+namespace
+{
+
+// Documents that many systems have.
+const char* const LARGE_DOCUMENTS[] = {
+    "/usr/share/mime/packages/freedesktop.org.xml",
+    "/usr/share/xml/iso-codes/iso_639-3.xml",
+    "/usr/share/xml/iso-codes/iso_639.xml",
+};
+
+std::string shellWord(const std::string& word)
+{
+    if (!word.empty() &&
+        word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                               "_-./=:,+@%") == std::string::npos)
+        return word;
+    std::string quoted = "'";
+    for (const char c : word) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+// Shows the command line, then what it prints.
+void show(qxReport& report, const std::vector<std::string>& words)
+{
+    std::string line = "$ qx";
+    for (const std::string& word : words) line += " " + shellWord(word);
+    writeOutput(line + "\n");
+    flushOutput();
+    const qxStatus status = runCommandLine(report, words);
+    if (status != qxStatus::DONE)
+        writeOutput("(exit status " + std::to_string(static_cast<int>(status)) + ")\n");
+    writeOutput("\n");
+}
+
+} // namespace
+
+qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
+{
+    const qxOptions options(words, {});
+    if (options.getArguments().size() > 1) throw qxUsageError("demo takes one folder of documents at most");
+    const std::string data = options.getArguments().empty() ? QX_DEMO_DATA : options.getArguments()[0];
+    const std::string scene = data + "/scene.xml";
+    const std::string settings = data + "/settings.xml";
+    if (!std::filesystem::exists(scene)) throw qxFileError("No sample documents in '" + data + "'");
+
+    show(report, {"xml", "check", scene, settings});
+    show(report, {"xml", "events", settings});
+    show(report, {"xml", "tree", scene});
+    show(report, {"xml", "get", scene, "scene/body[name=buoy]/script", "scene/camera/@fov"});
+    show(report, {"xml", "get", "--all", settings, "//server"});
+    show(report, {"xml", "set", settings, "settings/network/timeout=900", "settings/display/@fullscreen=no",
+                  "-o", "-"});
+    show(report, {"xml", "format", "--encoding", "ISO-8859-1", "--plain", scene});
+    show(report, {"xml", "check", data + "/broken.xml"});
+    for (const char* const large : LARGE_DOCUMENTS) {
+        std::error_code ignored;
+        if (!std::filesystem::exists(large, ignored)) continue;
+        show(report, {"xml", "check", large});
+        break;
+    }
+    return qxStatus::DONE;
+}

@@ -39,7 +39,7 @@ class QX_API qxString
 public:
     static constexpr unsigned int MAX_LENGTH = 65535; ///< bytes without the terminator
 
-    qxString() noexcept : m_text(nullptr), m_length(0), m_uniqueID(0), m_hash(0) {}
+    qxString() noexcept : m_text(nullptr), m_lengthAndID(0), m_hash(0) {}
     qxString(const char* text);
 
     /// Copies exactly `length` bytes, zero bytes included; a null `text` gives an empty string.
@@ -72,19 +72,19 @@ public:
 
     // Access
 
-    unsigned short length() const { return m_length; }
-    bool isEmpty() const { return m_length == 0; }
-    bool operator!() const { return m_length == 0; }
+    unsigned short length() const { return static_cast<unsigned short>(m_lengthAndID); }
+    bool isEmpty() const { return m_lengthAndID == 0; }
+    bool operator!() const { return m_lengthAndID == 0; }
     const char* getString() const { return m_text ? m_text : ""; }
     operator const char*() const { return getString(); }
-    unsigned short getUniqueID() const { return m_uniqueID; }
-    bool isUnique() const { return m_uniqueID != 0; }
+    unsigned short getUniqueID() const { return static_cast<unsigned short>(m_lengthAndID >> 16); }
+    bool isUnique() const { return m_lengthAndID > MAX_LENGTH; }
 
     /// The cached hash of the text; equal texts have equal hashes as long as no single character was edited.
     unsigned int hash() const
     {
         const unsigned int known = cachedHash();
-        return known != 0 || m_length == 0 ? known : resolveHash();
+        return known != 0 || length() == 0 ? known : resolveHash();
     }
 
     /// The hash that strings cache. It does not depend on the machine. A `length` of 0 means that the text is
@@ -122,7 +122,12 @@ public:
 
     /// The first index from `start` on that holds `c`; without one the length, or `start` when that lies
     /// beyond.
-    unsigned int find(char c, unsigned int start = 0) const;
+    unsigned int find(char c, unsigned int start = 0) const
+    {
+        if (start >= length()) return start;
+        const void* const hit = std::memchr(m_text + start, c, length() - start);
+        return hit ? static_cast<unsigned int>(static_cast<const char*>(hit) - m_text) : length();
+    }
 
     /// True when this string begins with `other`. `matched` receives the number of equal leading characters.
     bool compare(const qxString& other, bool caseSensitive = true, unsigned short* matched = nullptr) const;
@@ -178,13 +183,14 @@ public:
     qxString& operator+=(const char* text);
     qxString& operator+=(char c)
     {
-        if (m_uniqueID == 0 && m_text && m_length < MAX_LENGTH && m_length + 2U <= roomFor(m_length)) {
-            m_text[m_length] = c;
-            m_text[++m_length] = 0;
-            setHashPending();
-            return *this;
-        }
-        return append(&c, 1);
+        const unsigned int length = m_lengthAndID; // unless it is unique
+        if (isUnique() || length == 0 || !hasRoomBehind(length)) return appendByte(c);
+        char* const end = m_text + length;
+        m_lengthAndID = length + 1;
+        setHashPending();
+        end[0] = c;
+        end[1] = 0;
+        return *this;
     }
     qxString& operator+=(wchar_t c);
 
@@ -308,13 +314,12 @@ public:
 
     bool operator==(const qxString& other) const
     {
-        if (m_uniqueID != 0 && other.m_uniqueID != 0) return m_uniqueID == other.m_uniqueID;
-        if (m_length != other.m_length) return false;
+        if (m_lengthAndID != other.m_lengthAndID) return equalsMixed(other);
+        if (isUnique()) return true;
         const unsigned int left = cachedHash();
         const unsigned int right = other.cachedHash();
-        if (left != right && left != 0 && right != 0) return false;
-        if ((m_uniqueID | other.m_uniqueID) != 0 || left == 0 || right == 0) return equalsInFull(other);
-        return std::memcmp(m_text, other.m_text, m_length) == 0;
+        if (left == right) return hasSameBytes(other.m_text);
+        return (left == 0 || right == 0) && equalsInFull(other);
     }
     bool operator!=(const qxString& other) const { return !(*this == other); }
 
@@ -325,13 +330,22 @@ public:
 private:
     friend class qxUniqueTable;
 
-    /// Bytes in the buffer of an owned text of `length` bytes: a fixed rule, so that no field is needed.
+    static constexpr unsigned int ROOM_STEP = 16;
+
+    /// Bytes in the buffer of a text of `length` bytes, a multiple of ROOM_STEP: a fixed rule, so that no field
+    /// is needed.
     static unsigned int roomFor(unsigned int length)
     {
         const unsigned int bytes = length + 1;
-        if (bytes <= 64) return (bytes + 15) & ~15U;
+        if (bytes <= 4 * ROOM_STEP) return (bytes + ROOM_STEP - 1) & ~(ROOM_STEP - 1);
         const unsigned int step = 1U << (std::bit_width(bytes) - 3); // a quarter of the power of two below
         return (bytes + step - 1) & ~(step - 1);
+    }
+
+    /// True when a text of `length` bytes can grow by one in its buffer.
+    static bool hasRoomBehind(unsigned int length)
+    {
+        return (length + 1) % ROOM_STEP != 0 || length + 1 < roomFor(length);
     }
 
     unsigned int cachedHash() const
@@ -347,12 +361,50 @@ private:
     char* editBytes();
     void releaseText();
     bool equalsInFull(const qxString& other) const;
+
+    /// Compares strings that differ in length, in ID or in both: only a unique and an ordinary one of the same
+    /// length can be equal.
+    bool equalsMixed(const qxString& other) const
+    {
+        if (length() != other.length() || (isUnique() && other.isUnique())) return false;
+        return equalsInFull(other);
+    }
+    qxString& appendByte(char c);
+
+    /// True when the text, which is as long as this one, has the same bytes.
+    bool hasSameBytes(const char* other) const
+    {
+        constexpr unsigned int WORD = sizeof(qxUInt64);
+        const unsigned int count = length();
+        if (count > 2 * WORD) return std::memcmp(m_text, other, count) == 0;
+        if (count > WORD) return (differenceAt(other, 0) | differenceAt(other, count - WORD)) == 0;
+        if (count == 0) return true;
+        // A buffer has room for the whole word; its bytes behind the text do not count.
+        const unsigned int unused = 8 * (WORD - count);
+        const qxUInt64 difference = differenceAt(other, 0);
+        return (std::endian::native == std::endian::little ? difference << unused : difference >> unused) ==
+               0;
+    }
+
+    qxUInt64 differenceAt(const char* other, unsigned int at) const
+    {
+        return wordAt(m_text + at) ^ wordAt(other + at);
+    }
+
+    static qxUInt64 wordAt(const char* bytes)
+    {
+        qxUInt64 word = 0;
+        std::memcpy(&word, bytes, sizeof word);
+        return word;
+    }
     void adopt(const qxString& unique) const;
 
     mutable char* m_text; // null exactly when the string is empty
-    unsigned short m_length;
-    mutable unsigned short m_uniqueID; // 0: the text is owned
-    mutable unsigned int m_hash;       // 0 with a text: computed when it is asked for
+
+    // The length in the lower half, the unique ID in the upper one (0: the text is owned). They are one word since
+    // a loop that appends bytes waits long for a half word that it has just written.
+    mutable unsigned int m_lengthAndID;
+    mutable unsigned int m_hash; // 0 with a text: computed when it is asked for
 };
 
 QX_API qxString operator+(const qxString& left, const qxString& right);

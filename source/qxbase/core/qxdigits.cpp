@@ -2,6 +2,7 @@
 
 #include "core/qxdigits.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -82,19 +83,27 @@ bool scaleExactly(double magnitude, unsigned int precision, qxUInt64& result)
     return result < BEYOND_SIGNIFICANT;
 }
 
+unsigned int countDigits(qxUInt64 magnitude)
+{
+    unsigned int count = 1;
+    while (count <= QX_SIGNIFICANT_DIGITS && magnitude >= POWERS_OF_TEN[count]) ++count;
+    return count;
+}
+
+// Writes the digits of `scaled`, which is below 10^15, with the last `precision` of them behind the point.
 unsigned int writeScaled(char* out, qxUInt64 scaled, unsigned int precision)
 {
-    char digits[QX_INTEGER_DIGITS];
-    char* const end = digits + sizeof digits;
-    char* first = writeDecimal(end, scaled);
-    while (end - first <= static_cast<int>(precision)) *--first = '0';
+    const qxUInt64 whole = scaled / POWERS_OF_TEN[precision];
+    const unsigned int wholeCount = countDigits(whole);
+    writeDecimal(out + wholeCount, whole);
+    if (precision == 0) return wholeCount;
 
-    const unsigned int whole = static_cast<unsigned int>(end - first) - precision;
-    std::memcpy(out, first, whole);
-    if (precision == 0) return whole;
-    out[whole] = '.';
-    std::memcpy(out + whole + 1, first + whole, precision);
-    return whole + 1 + precision;
+    char* const point = out + wholeCount;
+    char* const end = point + 1 + precision;
+    char* const first = writeDecimal(end, scaled - whole * POWERS_OF_TEN[precision]);
+    std::fill(point + 1, first, '0');
+    *point = '.';
+    return wholeCount + 1 + precision;
 }
 
 } // namespace
@@ -104,7 +113,7 @@ char* qxWriteDigits(char* end, qxUInt64 magnitude, unsigned int base, bool upper
     if (base == 10) return writeDecimal(end, magnitude);
 
     const char* const symbols = upperCase ? "0123456789ABCDEF" : "0123456789abcdef";
-    if (std::has_single_bit(base)) {
+    if ((base & (base - 1)) == 0) {
         const int bits = std::countr_zero(base);
         do {
             *--end = symbols[magnitude & (base - 1)];

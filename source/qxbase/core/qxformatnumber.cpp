@@ -37,21 +37,35 @@ struct Parts {
     }
 };
 
+char* put(char* place, const char* bytes, std::size_t count)
+{
+    qxTextBuilder::copy(place, bytes, count);
+    return place + count;
+}
+
+char* put(char* place, char c, std::size_t count)
+{
+    if (count != 0) std::memset(place, c, count);
+    return place + count;
+}
+
 void write(qxTextBuilder& out, const qxConversion& conversion, Parts& parts)
 {
     const std::size_t used =
         parts.prefixLength + parts.leadingZeros + parts.digitCount + parts.trailingZeros + parts.suffixLength;
-    const std::size_t padding = conversion.width > used ? conversion.width - used : 0;
-    const bool padsWithZeros = conversion.hasZeros && !conversion.isLeft;
-    if (padsWithZeros) parts.leadingZeros += padding;
-
-    if (!padsWithZeros && !conversion.isLeft) out.fill(' ', padding);
-    out.append(parts.prefix, parts.prefixLength);
-    out.fill('0', parts.leadingZeros);
-    out.append(parts.digits, parts.digitCount);
-    out.fill('0', parts.trailingZeros);
-    out.append(parts.suffix, parts.suffixLength);
-    if (conversion.isLeft) out.fill(' ', padding);
+    std::size_t padding = conversion.width > used ? conversion.width - used : 0;
+    char* place = out.extend(used + padding);
+    if (conversion.hasZeros && !conversion.isLeft) {
+        parts.leadingZeros += padding;
+        padding = 0;
+    }
+    if (!conversion.isLeft) place = put(place, ' ', padding);
+    place = put(place, parts.prefix, parts.prefixLength);
+    place = put(place, '0', parts.leadingZeros);
+    place = put(place, parts.digits, parts.digitCount);
+    place = put(place, '0', parts.trailingZeros);
+    place = put(place, parts.suffix, parts.suffixLength);
+    if (conversion.isLeft) put(place, ' ', padding);
 }
 
 void writeInteger(qxTextBuilder& out, qxConversion conversion, Parts& parts, qxUInt64 magnitude,
@@ -174,6 +188,12 @@ void writeGeneral(qxTextBuilder& out, const qxConversion& conversion, double val
     write(out, conversion, parts);
 }
 
+bool isNumberLetter(char letter)
+{
+    static constexpr char LETTERS[] = "diuoOxXpbBfeEgG";
+    return std::memchr(LETTERS, letter, sizeof LETTERS - 1) != nullptr;
+}
+
 // Infinity and what is not a number, under every letter: always padded with blanks.
 void writeNonFinite(qxTextBuilder& out, qxConversion conversion, double value)
 {
@@ -190,52 +210,52 @@ void writeNonFinite(qxTextBuilder& out, qxConversion conversion, double value)
 
 bool qxFormatNumber(qxTextBuilder& out, char letter, const qxConversion& conversion, const qxArgument& value)
 {
-    static constexpr char LETTERS[] = "diuoOxXbBpfeEgG";
-    if (!std::memchr(LETTERS, letter, sizeof LETTERS - 1)) return false;
-
-    const double number = value.isDouble() ? static_cast<double>(value) : 0.0;
-    if (!std::isfinite(number)) {
-        writeNonFinite(out, conversion, number);
+    if (value.isDouble() && !std::isfinite(static_cast<double>(value)) && isNumberLetter(letter)) {
+        writeNonFinite(out, conversion, static_cast<double>(value));
         return true;
     }
     switch (letter) {
     case 'd':
     case 'i':
         writeSigned(out, conversion, value);
-        break;
+        return true;
     case 'u':
         writeUnsigned(out, conversion, value, 10, letter);
-        break;
+        return true;
     case 'o':
     case 'O':
         writeUnsigned(out, conversion, value, 8, letter);
-        break;
+        return true;
+    case 'x':
+    case 'X':
+    case 'p':
+        writeUnsigned(out, conversion, value, 16, letter);
+        return true;
     case 'b':
     case 'B':
         writeUnsigned(out, conversion, value, 2, letter);
-        break;
+        return true;
     case 'f':
         writeFixed(out, conversion, static_cast<double>(value));
-        break;
+        return true;
     case 'e':
     case 'E':
         writeScientific(out, conversion, static_cast<double>(value), letter);
-        break;
+        return true;
     case 'g':
     case 'G':
         writeGeneral(out, conversion, static_cast<double>(value), letter);
-        break;
+        return true;
     default:
-        writeUnsigned(out, conversion, value, 16, letter);
-        break;
+        return false;
     }
-    return true;
 }
 
 void qxFormatPadded(qxTextBuilder& out, const qxConversion& conversion, const char* bytes, std::size_t count)
 {
     const std::size_t padding = conversion.width > count ? conversion.width - count : 0;
-    if (!conversion.isLeft) out.fill(' ', padding);
-    out.append(bytes, count);
-    if (conversion.isLeft) out.fill(' ', padding);
+    char* place = out.extend(count + padding);
+    if (!conversion.isLeft) place = put(place, ' ', padding);
+    place = put(place, bytes, count);
+    if (conversion.isLeft) put(place, ' ', padding);
 }

@@ -24,7 +24,7 @@ char* newBytes(std::size_t room)
     return bytes;
 }
 
-unsigned int wordAt(const char* text)
+unsigned int hashWordAt(const char* text)
 {
     unsigned int word = 0;
     std::memcpy(&word, text, sizeof word);
@@ -43,52 +43,46 @@ qxString::qxString(const char* text, std::size_t length) : qxString()
 {
     if (!text) return;
     setBytes(text, length);
-    m_hash = resolveHash();
+    resolveHash();
 }
 
 qxString::qxString(double value, const qxString& format) : qxString()
 {
     const qxArgument argument(value);
     formatArguments(format.getString(), format.length(), &argument, 1);
-    m_hash = resolveHash();
+    resolveHash();
 }
 
 qxString::qxString(const qxString& other)
-    : m_text(nullptr), m_length(0), m_uniqueID(other.m_uniqueID), m_hash(other.cachedHash())
+    : m_text(other.m_text), m_lengthAndID(other.m_lengthAndID), m_hash(other.cachedHash())
 {
-    if (m_uniqueID != 0) {
-        m_text = other.m_text;
-    } else if (other.m_length != 0) {
-        m_text = newBytes(roomFor(other.m_length));
-        std::memcpy(m_text, other.m_text, other.m_length + 1U);
-    }
-    m_length = other.m_length;
+    if (isUnique() || isEmpty()) return;
+    m_text = newBytes(roomFor(length()));
+    std::memcpy(m_text, other.m_text, length() + 1U);
 }
 
 qxString::qxString(qxString&& other) noexcept
-    : m_text(other.m_text), m_length(other.m_length), m_uniqueID(other.m_uniqueID), m_hash(other.m_hash)
+    : m_text(other.m_text), m_lengthAndID(other.m_lengthAndID), m_hash(other.m_hash)
 {
     other.m_text = nullptr;
-    other.m_length = 0;
-    other.m_uniqueID = 0;
+    other.m_lengthAndID = 0;
     other.m_hash = 0;
 }
 
 qxString::~qxString()
 {
-    if (m_uniqueID == 0) qx_free(m_text);
+    if (!isUnique()) qx_free(m_text);
 }
 
 qxString& qxString::operator=(const qxString& other)
 {
     if (this == &other) return *this;
-    if (other.m_uniqueID != 0) {
+    if (other.isUnique()) {
         releaseText();
         m_text = other.m_text;
-        m_length = other.m_length;
-        m_uniqueID = other.m_uniqueID;
+        m_lengthAndID = other.m_lengthAndID;
     } else {
-        setBytes(other.m_text, other.m_length);
+        setBytes(other.m_text, other.length());
     }
     m_hash = other.cachedHash();
     return *this;
@@ -97,8 +91,7 @@ qxString& qxString::operator=(const qxString& other)
 qxString& qxString::operator=(qxString&& other) noexcept
 {
     std::swap(m_text, other.m_text);
-    std::swap(m_length, other.m_length);
-    std::swap(m_uniqueID, other.m_uniqueID);
+    std::swap(m_lengthAndID, other.m_lengthAndID);
     std::swap(m_hash, other.m_hash);
     return *this;
 }
@@ -106,7 +99,7 @@ qxString& qxString::operator=(qxString&& other) noexcept
 qxString& qxString::operator=(const char* text)
 {
     setBytes(text, text ? std::strlen(text) : 0);
-    m_hash = resolveHash();
+    resolveHash();
     return *this;
 }
 
@@ -118,7 +111,7 @@ unsigned int qxString::hash(const char* text, unsigned int length)
     }
     unsigned int result = length;
     for (unsigned int left = length / 4; left > 0; --left, text += 4)
-        result ^= (wordAt(text) ^ (left - 1)) | (result * 2);
+        result ^= (hashWordAt(text) ^ (left - 1)) | (result * 2);
     if (length % 4 == 0) return (result * 2) ^ result;
 
     unsigned int tail = 0;
@@ -132,14 +125,14 @@ unsigned int qxString::hash(const char* text, unsigned int length)
 qxUInt64 qxString::wrapHash() const
 {
     qxUInt64 result = 0;
-    for (unsigned int i = 0; i < m_length; ++i)
+    for (unsigned int i = 0; i < length(); ++i)
         result ^= static_cast<qxUInt64>(static_cast<signed char>(m_text[i])) << (8 * i % 64);
     return result;
 }
 
 char& qxString::operator()(unsigned int index)
 {
-    if (index >= m_length) qxExceptionThrows::qxThrowFatal("qxString(index) out of bounds");
+    if (index >= length()) qxExceptionThrows::qxThrowFatal("qxString(index) out of bounds");
     m_hash = hash(); // the hash of the text before the edit stays, however the caller uses the reference
     detach();
     return m_text[index];
@@ -147,13 +140,13 @@ char& qxString::operator()(unsigned int index)
 
 char qxString::operator()(unsigned int index) const
 {
-    if (index >= m_length) qxExceptionThrows::qxThrowFatal("qxString(index) out of bounds");
+    if (index >= length()) qxExceptionThrows::qxThrowFatal("qxString(index) out of bounds");
     return m_text[index];
 }
 
 qxString qxString::operator()(unsigned int index, unsigned int count) const
 {
-    if (index > m_length || count > m_length - index)
+    if (index > length() || count > length() - index)
         qxExceptionThrows::qxThrowFatal("qxString(index,len) out of bounds");
     qxString result;
     result.setBytes(m_text + index, count);
@@ -177,7 +170,7 @@ qxString qxString::spaces(unsigned int count, char c)
 
 qxString& qxString::operator+=(const qxString& text)
 {
-    return append(text.m_text, text.m_length);
+    return append(text.m_text, text.length());
 }
 
 qxString& qxString::operator+=(const char* text)
@@ -194,16 +187,26 @@ qxString& qxString::operator+=(wchar_t c)
 qxString& qxString::append(const char* bytes, std::size_t count)
 {
     if (count == 0) return *this;
-    if (count > MAX_LENGTH - m_length) qxThrowTooManyCharacters();
+    if (count > MAX_LENGTH - length()) qxThrowTooManyCharacters();
 
     // The bytes may lie in the buffer that is about to move.
-    const unsigned int oldLength = m_length;
+    const unsigned int oldLength = length();
     const std::less<const char*> isBefore;
     const bool isOwn = m_text && !isBefore(bytes, m_text) && !isBefore(m_text + oldLength, bytes);
     const std::size_t offset = isOwn ? static_cast<std::size_t>(bytes - m_text) : 0;
     makeRoom(oldLength + static_cast<unsigned int>(count));
     std::memmove(m_text + oldLength, isOwn ? m_text + offset : bytes, count);
-    m_text[m_length] = 0;
+    m_text[length()] = 0;
+    return *this;
+}
+
+// What += does when the buffer is full, shared or not there yet.
+qxString& qxString::appendByte(char c)
+{
+    if (length() == MAX_LENGTH) qxThrowTooManyCharacters();
+    const unsigned int oldLength = length();
+    makeRoom(oldLength + 1);
+    m_text[oldLength] = c;
     return *this;
 }
 
@@ -212,23 +215,21 @@ void qxString::setNumber(qxInt64 value, unsigned int base, unsigned int width, b
     constexpr unsigned int WIDEST = 64 + 1; // binary digits and a sign
     if (width > MAX_LENGTH) qxThrowTooManyCharacters();
     char digits[WIDEST + 1];
-    unsigned int length = qxLtoA(digits, value, base, std::min(width, WIDEST), nullptr, isUnsigned);
-    if (width > WIDEST && length != 0) {
-        makeRoom(width);
+    const unsigned int count = qxLtoA(digits, value, base, std::min(width, WIDEST), nullptr, isUnsigned);
+    setBytes(digits, count);
+    if (count != 0 && width > WIDEST) { // more zeros behind the sign
         const unsigned int sign = digits[0] == '-' ? 1 : 0;
-        std::memcpy(m_text, digits, sign);
-        std::memset(m_text + sign, '0', width - length);
-        std::memcpy(m_text + sign + (width - length), digits + sign, length - sign);
-    } else {
-        setBytes(digits, length);
+        makeRoom(width);
+        std::memset(m_text + sign, '0', width - count);
+        std::memcpy(m_text + sign + (width - count), digits + sign, count - sign);
     }
-    m_hash = resolveHash();
+    resolveHash();
 }
 
 unsigned int qxString::resolveHash() const
 {
-    if (m_length == 0) return 0;
-    const unsigned int value = hash(m_text, m_length);
+    if (length() == 0) return 0;
+    const unsigned int value = hash(m_text, length());
     std::atomic_ref<unsigned int>(m_hash).store(value, std::memory_order_relaxed);
     return value;
 }
@@ -237,50 +238,46 @@ unsigned int qxString::resolveHash() const
 void qxString::setBytes(const char* bytes, std::size_t count)
 {
     if (count > MAX_LENGTH) qxThrowTooManyCharacters();
-    const unsigned int length = static_cast<unsigned int>(count);
-    if (length == 0) {
-        releaseText();
-        return;
-    }
-    char* target = m_text;
-    const bool isReusable = m_text && m_uniqueID == 0 && roomFor(length) == roomFor(m_length);
-    if (!isReusable) target = newBytes(roomFor(length));
-    std::memmove(target, bytes, length);
-    target[length] = 0;
-    if (!isReusable && m_uniqueID == 0) qx_free(m_text);
+    if (count == 0) return releaseText();
+    const unsigned int newLength = static_cast<unsigned int>(count);
+    const unsigned int room = roomFor(newLength);
+    const bool isReusable = !isEmpty() && !isUnique() && room == roomFor(length());
+    char* const target = isReusable ? m_text : newBytes(room);
+    std::memmove(target, bytes, newLength);
+    target[newLength] = 0;
+    if (!isReusable && !isUnique()) qx_free(m_text);
     m_text = target;
-    m_length = static_cast<unsigned short>(length);
-    m_uniqueID = 0;
+    m_lengthAndID = newLength;
     setHashPending();
 }
 
-// Changes the length to 1 or more bytes and keeps what fits of them; a longer text ends in bytes that the
-// caller sets. The text is owned and its hash pending afterwards.
-void qxString::makeRoom(unsigned int length)
+// Changes the length to 1 or more bytes and keeps what fits of them; a longer text ends in bytes that the caller
+// sets. The text is owned and its hash pending afterwards.
+void qxString::makeRoom(unsigned int newLength)
 {
-    if (m_uniqueID != 0 || !m_text) {
-        char* const bytes = newBytes(roomFor(length));
-        if (m_text) std::memcpy(bytes, m_text, std::min(m_length + 1U, length));
+    const unsigned int room = roomFor(newLength);
+    if (isUnique() || isEmpty()) {
+        char* const bytes = newBytes(room);
+        if (m_text) std::memcpy(bytes, m_text, std::min(length() + 1U, newLength));
         m_text = bytes;
-        m_uniqueID = 0;
-    } else if (roomFor(length) != roomFor(m_length)) {
-        void* const bytes = qx_realloc(m_text, roomFor(length));
+    } else if (room != roomFor(length())) {
+        void* const bytes = qx_realloc(m_text, room);
         if (!bytes) qxThrowBadAlloc(__FILE__, __LINE__);
         m_text = static_cast<char*>(bytes);
     }
-    m_text[length] = 0;
-    m_length = static_cast<unsigned short>(length);
+    m_text[newLength] = 0;
+    m_lengthAndID = newLength;
     setHashPending();
 }
 
 // Takes an own copy of a unique text; the hash stays.
 void qxString::detach()
 {
-    if (m_uniqueID == 0) return;
-    char* const bytes = newBytes(roomFor(m_length));
-    std::memcpy(bytes, m_text, m_length + 1U);
+    if (!isUnique()) return;
+    char* const bytes = newBytes(roomFor(length()));
+    std::memcpy(bytes, m_text, length() + 1U);
     m_text = bytes;
-    m_uniqueID = 0;
+    m_lengthAndID = length();
 }
 
 // The bytes of a text that is not empty, to be changed by the caller; the hash is pending.
@@ -293,31 +290,29 @@ char* qxString::editBytes()
 
 void qxString::releaseText()
 {
-    if (m_uniqueID == 0) qx_free(m_text);
+    if (!isUnique()) qx_free(m_text);
     m_text = nullptr;
-    m_length = 0;
-    m_uniqueID = 0;
+    m_lengthAndID = 0;
     m_hash = 0;
 }
 
-// The lengths are equal, and a cached hash is missing or one of the two is unique.
+// The lengths are equal; one string is unique or the hash of one is pending.
 bool qxString::equalsInFull(const qxString& other) const
 {
-    if (m_length == 0) return true;
-    if (std::memcmp(m_text, other.m_text, m_length) != 0) return false;
-    if (hash() != other.hash()) return false; // one of them was edited and keeps its old hash
-    if (m_uniqueID != 0) other.adopt(*this);
-    if (other.m_uniqueID != 0) adopt(other);
+    if (!hasSameBytes(other.m_text)) return false;
+    if (hash() != other.hash()) return false; // one of them was edited and keeps the hash of its old text
+    if (isUnique()) other.adopt(*this);
+    if (other.isUnique()) adopt(other);
     return true;
 }
 
 // Turns this ordinary string into the unique one that it was found equal to.
 void qxString::adopt(const qxString& unique) const
 {
-    if (m_uniqueID != 0) return;
+    if (isUnique()) return;
     qx_free(m_text);
     m_text = unique.m_text;
-    m_uniqueID = unique.m_uniqueID;
+    m_lengthAndID = unique.m_lengthAndID;
 }
 
 qxString operator+(const qxString& left, const qxString& right)

@@ -81,21 +81,21 @@ constexpr unsigned int SYMBOL_COUNT = sizeof SYMBOLS - 1;
 
 qxString& qxString::toLower()
 {
-    if (m_length != 0) std::transform(m_text, m_text + m_length, editBytes(), qxToLower);
+    if (length() != 0) std::transform(m_text, m_text + length(), editBytes(), qxToLower);
     return *this;
 }
 
 qxString& qxString::toUpper()
 {
-    if (m_length != 0) std::transform(m_text, m_text + m_length, editBytes(), qxToUpper);
+    if (length() != 0) std::transform(m_text, m_text + length(), editBytes(), qxToUpper);
     return *this;
 }
 
 qxString& qxString::reverse()
 {
-    if (m_length == 0) return *this;
+    if (length() == 0) return *this;
     char* const text = editBytes();
-    char* const end = text + m_length;
+    char* const end = text + length();
     for (char* place = text; place != end;) { // each sequence first, then all of them
         unsigned int size = 0;
         qxReadUTF8(place, static_cast<std::size_t>(end - place), size);
@@ -111,7 +111,7 @@ double qxString::sortval() const
 {
     double sum = 0.0;
     double weight = 1.0;
-    for (unsigned int i = 0; i < m_length && sum + weight * 256.0 != sum; ++i) {
+    for (unsigned int i = 0; i < length() && sum + weight * 256.0 != sum; ++i) {
         sum += static_cast<unsigned char>(m_text[i]) * weight;
         weight /= 256.0;
     }
@@ -132,7 +132,7 @@ qxString& qxString::identifier(qxInt64 value)
 
 bool qxString::isAsciiString() const
 {
-    return std::all_of(m_text, m_text + m_length,
+    return std::all_of(m_text, m_text + length(),
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
@@ -140,7 +140,7 @@ qxString& qxString::convertAsciiToUTF8()
 {
     if (isAsciiString()) return *this;
     qxTextBuilder builder;
-    for (unsigned int i = 0; i < m_length; ++i) {
+    for (unsigned int i = 0; i < length(); ++i) {
         char bytes[2];
         const unsigned int size = qxWriteUTF8(bytes, static_cast<unsigned char>(m_text[i]));
         builder.append(bytes, size);
@@ -163,7 +163,7 @@ qxString& qxString::convertNumListToUTF8()
 {
     qxTextBuilder builder;
     const char* place = getString();
-    const char* const end = place + m_length;
+    const char* const end = place + length();
     while (place != end) {
         if (qxHexValue(*place) < 0 || (*place == '0' && end - place > 1 && qxToLower(place[1]) == 'x')) {
             place += qxHexValue(*place) < 0 ? 1 : 2; // of a separator or a prefix
@@ -195,7 +195,7 @@ qxString& qxString::convertUTF8ToNumList(const qxString& separator, const qxStri
 qxString& qxString::convertCtrlToText(bool escape8Bit)
 {
     qxTextBuilder builder;
-    for (unsigned int i = 0; i < m_length; ++i) {
+    for (unsigned int i = 0; i < length(); ++i) {
         const char c = m_text[i];
         const unsigned char byte = static_cast<unsigned char>(c);
         const char* const control = c != 0 ? std::strchr(CONTROLS, c) : nullptr;
@@ -218,7 +218,7 @@ qxString& qxString::convertTextToCtrl()
 {
     qxTextBuilder builder;
     const char* place = getString();
-    const char* const end = place + m_length;
+    const char* const end = place + length();
     while (place != end) {
         const int byte = hexEscape(place, end);
         const bool isEscape = *place == '\\' && end - place > 1 && place[1] != 0;
@@ -240,7 +240,7 @@ qxString& qxString::convertTextToCtrl()
 bool qxString::hasEscapedUTF8Chars() const
 {
     const char* place = getString();
-    const char* const end = place + m_length;
+    const char* const end = place + length();
     for (; place != end; ++place) {
         if (hexEscape(place, end) >= 0x80) return true;
         if (*place == '\\' && place + 1 != end && place[1] == '\\')
@@ -251,10 +251,10 @@ bool qxString::hasEscapedUTF8Chars() const
 
 qxString& qxString::scramble(unsigned int key)
 {
-    if (m_length == 0) return *this;
+    if (length() == 0) return *this;
     char* const text = editBytes();
     KeyStream stream(key);
-    for (char* place = text; place != text + m_length; ++place) {
+    for (char* place = text; place != text + length(); ++place) {
         const char* const symbol = *place != 0 ? std::strchr(SYMBOLS, *place) : nullptr;
         if (!symbol) continue;
         // Subtracting from one and the same number twice gives back what there was.

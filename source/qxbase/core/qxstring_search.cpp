@@ -49,24 +49,17 @@ bool isSame(char left, char right, bool caseSensitive)
 
 } // namespace
 
-unsigned int qxString::find(char c, unsigned int start) const
-{
-    if (start >= m_length) return start;
-    const void* const hit = std::memchr(m_text + start, c, m_length - start);
-    return hit ? static_cast<unsigned int>(static_cast<const char*>(hit) - m_text) : m_length;
-}
-
 bool qxString::compare(const qxString& other, bool caseSensitive, unsigned short* matched) const
 {
     const std::size_t equal = countEqual(viewOf(*this), viewOf(other), caseSensitive);
     if (matched) *matched = static_cast<unsigned short>(equal);
-    return equal == other.m_length;
+    return equal == other.length();
 }
 
 bool qxString::contains(const qxString& other, unsigned int start, bool caseSensitive,
                         unsigned short* position) const
 {
-    if (start > m_length) return false;
+    if (start > length()) return false;
     const std::size_t found = findText(viewOf(*this).substr(start), viewOf(other), false, caseSensitive);
     if (found == NOWHERE) return false;
     if (position) *position = static_cast<unsigned short>(start + found);
@@ -75,7 +68,7 @@ bool qxString::contains(const qxString& other, unsigned int start, bool caseSens
 
 bool qxString::isFirst(char c, bool caseSensitive) const
 {
-    return m_length != 0 && isSame(m_text[0], c, caseSensitive);
+    return length() != 0 && isSame(m_text[0], c, caseSensitive);
 }
 
 bool qxString::isFirst(const qxString& text, bool caseSensitive) const
@@ -85,26 +78,26 @@ bool qxString::isFirst(const qxString& text, bool caseSensitive) const
 
 bool qxString::isLast(char c, bool caseSensitive) const
 {
-    return m_length != 0 && isSame(m_text[m_length - 1], c, caseSensitive);
+    return length() != 0 && isSame(m_text[length() - 1], c, caseSensitive);
 }
 
 bool qxString::isLast(const qxString& text, bool caseSensitive) const
 {
-    if (text.m_length > m_length) return false;
-    const std::string_view end = viewOf(*this).substr(m_length - text.m_length);
-    return countEqual(end, viewOf(text), caseSensitive) == text.m_length;
+    if (text.length() > length()) return false;
+    const std::string_view end = viewOf(*this).substr(length() - text.length());
+    return countEqual(end, viewOf(text), caseSensitive) == text.length();
 }
 
 qxString qxString::left(unsigned int count, bool inverse) const
 {
-    const unsigned int split = std::min<unsigned int>(count, m_length);
-    return inverse ? (*this)(split, m_length - split) : (*this)(0, split);
+    const unsigned int split = std::min<unsigned int>(count, length());
+    return inverse ? (*this)(split, length() - split) : (*this)(0, split);
 }
 
 qxString qxString::right(unsigned int count, bool inverse) const
 {
-    const unsigned int split = m_length - std::min<unsigned int>(count, m_length);
-    return inverse ? (*this)(0, split) : (*this)(split, m_length - split);
+    const unsigned int split = length() - std::min<unsigned int>(count, length());
+    return inverse ? (*this)(0, split) : (*this)(split, length() - split);
 }
 
 qxString qxString::leftOf(const qxString& pattern, bool shortest, bool caseSensitive) const
@@ -117,37 +110,37 @@ qxString qxString::rightOf(const qxString& pattern, bool shortest, bool caseSens
 {
     const std::size_t found = findText(viewOf(*this), viewOf(pattern), shortest, caseSensitive);
     if (found == NOWHERE) return qxString();
-    const unsigned int start = static_cast<unsigned int>(found) + pattern.m_length;
-    return (*this)(start, m_length - start);
+    const unsigned int start = static_cast<unsigned int>(found) + pattern.length();
+    return (*this)(start, length() - start);
 }
 
 qxString& qxString::strip(char c, bool leading, bool trailing)
 {
     unsigned int first = 0;
-    unsigned int behind = m_length;
+    unsigned int behind = length();
     while (leading && first < behind && m_text[first] == c) ++first;
     while (trailing && behind > first && m_text[behind - 1] == c) --behind;
-    if (behind - first != m_length) setBytes(m_text + first, behind - first);
+    if (behind - first != length()) setBytes(m_text + first, behind - first);
     return *this;
 }
 
 qxString& qxString::stripWhiteSpace(bool leading, bool trailing)
 {
     unsigned int first = 0;
-    unsigned int behind = m_length;
+    unsigned int behind = length();
     while (leading && first < behind && qxIsWhiteSpace(m_text[first])) ++first;
     while (trailing && behind > first && qxIsWhiteSpace(m_text[behind - 1])) --behind;
-    if (behind - first != m_length) setBytes(m_text + first, behind - first);
+    if (behind - first != length()) setBytes(m_text + first, behind - first);
     return *this;
 }
 
 unsigned int qxString::substitute(char from, char to)
 {
     const unsigned int first = find(from);
-    if (first >= m_length) return 0;
+    if (first >= length()) return 0;
     (*this)(first) = to; // the hash stays, and a unique text becomes an own one
     unsigned int count = 1;
-    for (unsigned int index = first + 1; index < m_length; ++index) {
+    for (unsigned int index = first + 1; index < length(); ++index) {
         if (m_text[index] != from) continue;
         m_text[index] = to;
         ++count;

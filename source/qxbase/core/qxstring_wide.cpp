@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr bool HAS_16_BIT_UNITS = sizeof(wchar_t) == 2;
-constexpr std::size_t BLOCK = 16; // units that are tested and copied at once while they are ASCII
+constexpr std::size_t BLOCK = 32; // units that are tested and copied at once while they are ASCII
 
 constexpr bool isHighSurrogate(unsigned int code)
 {
@@ -35,10 +35,19 @@ bool isAsciiBlock(const wchar_t* units)
 
 bool isAsciiBlock(const char* bytes)
 {
-    qxUInt64 halves[2];
-    static_assert(sizeof halves == BLOCK);
-    std::memcpy(halves, bytes, BLOCK);
-    return ((halves[0] | halves[1]) & 0x8080808080808080) == 0;
+    unsigned char bits = 0;
+    for (std::size_t i = 0; i < BLOCK; ++i) bits |= static_cast<unsigned char>(bytes[i]);
+    return bits < 0x80;
+}
+
+void copyBlock(char* out, const wchar_t* units)
+{
+    for (std::size_t i = 0; i < BLOCK; ++i) out[i] = static_cast<char>(units[i]);
+}
+
+void copyBlock(wchar_t* out, const char* bytes)
+{
+    for (std::size_t i = 0; i < BLOCK; ++i) out[i] = static_cast<unsigned char>(bytes[i]);
 }
 
 // The code at `text`, which is moved behind it. Two surrogates that belong together are one code whatever the size
@@ -74,7 +83,7 @@ void encode(char* out, const wchar_t* text, const wchar_t* end)
 {
     while (text != end) {
         if (static_cast<std::size_t>(end - text) >= BLOCK && isAsciiBlock(text)) {
-            for (std::size_t i = 0; i < BLOCK; ++i) out[i] = static_cast<char>(text[i]);
+            copyBlock(out, text);
             out += BLOCK;
             text += BLOCK;
             continue;
@@ -106,7 +115,7 @@ wchar_t* decode(wchar_t* out, const char*& text, const char* end)
 {
     while (text != end) {
         if (static_cast<std::size_t>(end - text) >= BLOCK && isAsciiBlock(text)) {
-            for (std::size_t i = 0; i < BLOCK; ++i) out[i] = static_cast<wchar_t>(text[i]);
+            copyBlock(out, text);
             out += BLOCK;
             text += BLOCK;
             continue;
@@ -201,7 +210,6 @@ qxString::qxString(const wchar_t* text, std::size_t count, unsigned char is8Bit)
             for (std::size_t i = 0; i < count; ++i) m_text[i] = static_cast<char>(text[i]);
         else
             encode(m_text, text, end);
-        m_hash = resolveHash();
     }
     if (isFaulty) qxMessage::message(QX_LEVEL_WARNING, "Utf encoding on faulty data set");
 }
@@ -209,7 +217,7 @@ qxString::qxString(const wchar_t* text, std::size_t count, unsigned char is8Bit)
 unsigned int qxString::getWideStringLength() const
 {
     const char* text = getString();
-    const char* const end = text + m_length;
+    const char* const end = text + length();
     const unsigned int units = countUnits(text, end);
     if (text != end) warnOfFaultyInput();
     return units;
@@ -220,7 +228,7 @@ const wchar_t* qxString::getWideString(unsigned int count) const
     static thread_local WideBuffer buffer;
 
     const char* text = getString();
-    const char* end = text + m_length;
+    const char* end = text + length();
     bool isFaulty = false;
     if (count != 0) end = endOfCharacters(text, end, count, isFaulty);
     wchar_t* const units = buffer.getRoom(static_cast<std::size_t>(end - text) + 1);
@@ -232,7 +240,7 @@ const wchar_t* qxString::getWideString(unsigned int count) const
 unsigned int qxString::getWideString(wchar_t* buffer, unsigned char is8Bit) const
 {
     const char* text = getString();
-    const char* const end = text + m_length;
+    const char* const end = text + length();
     wchar_t* place = buffer;
     if (is8Bit)
         for (; text != end; ++text) *place++ = static_cast<unsigned char>(*text);
@@ -245,12 +253,12 @@ unsigned int qxString::getWideString(wchar_t* buffer, unsigned char is8Bit) cons
 
 qxArray<char> qxString::getBSTR() const
 {
-    return qxArray<char>(getString(), m_length + std::size_t{1});
+    return qxArray<char>(getString(), length() + std::size_t{1});
 }
 
 qxArray<wchar_t> qxString::getWideBSTR() const
 {
-    qxArray<wchar_t> units(m_length + std::size_t{1}); // no character takes more units than bytes
+    qxArray<wchar_t> units(length() + std::size_t{1}); // no character takes more units than bytes
     units.resize(getWideString(units.getData()) + std::size_t{1});
     return units;
 }

@@ -29,3 +29,8 @@ void qxTextBuilder::grow(std::size_t count)
     m_bytes = bytes;
     m_room = room;
 }
+
+void qxTextBuilder::copyLong(char* to, const char* from, std::size_t count)
+{
+    std::memcpy(to, from, count);
+}

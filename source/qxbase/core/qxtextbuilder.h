@@ -34,11 +34,30 @@ public:
     }
 
     void append(char c) { *extend(1) = c; }
-    void append(const char* bytes, std::size_t count) { std::memcpy(extend(count), bytes, count); }
+    void append(const char* bytes, std::size_t count) { copy(extend(count), bytes, count); }
     void fill(char c, std::size_t count) { std::memset(extend(count), c, count); }
+
+    /// As memcpy. Most pieces of a text are so short that the call would cost more than the copy.
+    static void copy(char* to, const char* from, std::size_t count)
+    {
+        if (count > 16) {
+            copyLong(to, from, count);
+        } else if (count >= 8) { // two words that may overlap
+            std::memcpy(to, from, 8);
+            std::memcpy(to + count - 8, from + count - 8, 8);
+        } else if (count >= 4) {
+            std::memcpy(to, from, 4);
+            std::memcpy(to + count - 4, from + count - 4, 4);
+        } else if (count != 0) {
+            to[0] = from[0];
+            to[count / 2] = from[count / 2];
+            to[count - 1] = from[count - 1];
+        }
+    }
 
 private:
     void grow(std::size_t count);
+    static void copyLong(char* to, const char* from, std::size_t count);
 
     char m_fixed[512];
     char* m_bytes = m_fixed;

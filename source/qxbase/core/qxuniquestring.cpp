@@ -77,6 +77,11 @@ private:
         return static_cast<unsigned short>(&entry - m_entries + 1);
     }
 
+    unsigned int stateOf(const Entry& entry) const
+    {
+        return static_cast<unsigned int>(idOf(entry)) << 16 | entry.length;
+    }
+
     static Entry m_entries[ENTRIES];
     qxMutex m_lock{0};
     qxDict<Key, Entry> m_byText{BUCKETS};
@@ -100,7 +105,7 @@ unsigned short qxUniqueTable::nextFreeId()
 bool qxUniqueTable::enter(qxString& string, unsigned short id, Conflict& conflict)
 {
     const Key key(string.m_text,
-                  string.m_length); // with a fresh hash: the string's own may be that of an old text
+                  string.length()); // with a fresh hash: the string's own may be that of an old text
     const Entry* const known = m_byText.find(key);
     if (known && (id == 0 || id == idOf(*known))) {
         give(string, *known);
@@ -117,15 +122,15 @@ bool qxUniqueTable::enter(qxString& string, unsigned short id, Conflict& conflic
     }
     Entry& entry = m_entries[id - 1];
     m_byText.enter(key, &entry);
-    entry = {string.m_text, key.hash(), string.m_length}; // the buffer changes its owner
-    string.m_uniqueID = id;
+    entry = {string.m_text, key.hash(), string.length()}; // the buffer changes its owner
+    string.m_lengthAndID = stateOf(entry);
     string.m_hash = entry.hash;
     return true;
 }
 
 bool qxUniqueTable::findAndGive(qxString& string) const
 {
-    const Entry* const known = m_byText.find(Key(string.m_text, string.m_length));
+    const Entry* const known = m_byText.find(Key(string.m_text, string.length()));
     if (known) give(string, *known);
     return known != nullptr;
 }
@@ -134,8 +139,7 @@ void qxUniqueTable::give(qxString& string, const Entry& entry) const
 {
     string.releaseText();
     string.m_text = entry.text;
-    string.m_length = entry.length;
-    string.m_uniqueID = idOf(entry);
+    string.m_lengthAndID = stateOf(entry);
     string.m_hash = entry.hash;
 }
 
@@ -151,20 +155,20 @@ void qxUniqueTable::clear()
 
 bool qxString::makeUnique(unsigned short id)
 {
-    if (m_uniqueID != 0) return true;
-    if (m_length == 0 && id == 0) return false;
+    if (isUnique()) return true;
+    if (isEmpty() && id == 0) return false;
 
     Conflict conflict;
     qxString name; // of an ID without a text
-    qxString& text = m_length == 0 ? name : *this;
+    qxString& text = isEmpty() ? name : *this;
     {
         qxUniqueTable& table = qxUniqueTable::get();
         qxBodyGuard guard(table.lock());
-        if (m_length == 0 && !table.isFree(id)) {
+        if (isEmpty() && !table.isFree(id)) {
             table.give(*this, table.entryOf(id));
             return true;
         }
-        if (m_length == 0) name.format("Unique(%d)", id);
+        if (isEmpty()) name.format("Unique(%d)", id);
         if (table.enter(text, id, conflict)) {
             *this = text;
             return true;
@@ -183,8 +187,8 @@ bool qxString::makeUnique(unsigned short id)
 
 bool qxString::checkUnique()
 {
-    if (m_uniqueID != 0) return true;
-    if (m_length == 0) return false;
+    if (isUnique()) return true;
+    if (isEmpty()) return false;
     qxUniqueTable& table = qxUniqueTable::get();
     qxBodyGuard guard(table.lock());
     return table.findAndGive(*this);

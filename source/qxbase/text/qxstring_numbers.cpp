@@ -9,13 +9,13 @@
 
 qxInt64 qxString::num() const
 {
-    if (m_length == 1 && qxIsDigit(*m_text)) return *m_text - '0';
-    return qxIntegerOf(qxScanNumber(getString(), getString() + m_length, '.'));
+    if (length() == 1 && qxIsDigit(*m_text)) return *m_text - '0';
+    return qxIntegerOf(qxScanNumber(getString(), getString() + length(), '.'));
 }
 
 double qxString::real(char decimalPoint) const
 {
-    return qxDoubleOf(qxScanNumber(getString(), getString() + m_length, decimalPoint));
+    return qxDoubleOf(qxScanNumber(getString(), getString() + length(), decimalPoint));
 }
 
 qxInt64 qxString::dotValue(char separator) const
@@ -23,7 +23,7 @@ qxInt64 qxString::dotValue(char separator) const
     constexpr unsigned int COMPONENTS = 4;
     constexpr unsigned int LARGEST_COMPONENT = 65535;
 
-    const char* const end = getString() + m_length;
+    const char* const end = getString() + length();
     const char* place = std::find_if_not(getString(), end, qxIsWhiteSpace);
     qxUInt64 components[COMPONENTS] = {};
     for (qxUInt64& component : components) {

@@ -10,8 +10,6 @@
 namespace
 {
 
-constexpr unsigned int LEVEL_MASK = 0xF07F; // what a level setting compares: the level and its low bits
-
 std::atomic<bool> s_isOpen{true};
 
 // Goes down with the statics of the library.
@@ -23,31 +21,17 @@ const Closer s_closer;
 
 std::atomic<qxMessageTranslatorInterface*> s_translator{nullptr};
 
-// The text for `format` when a translator is installed and cares about the level, else false. Call with the
-// message lock held.
-bool translateFormat(const qxString& sender, qxMessageLevel level, const char* format, qxString& result)
+// The translator to ask for a message of this level, or null.
+qxMessageTranslatorInterface* translatorFor(qxMessageLevel level)
 {
-    if ((level & QX_FLAG_UNTRANSLATED) != 0 || level < QX_LEVEL_NOTICE) return false;
-    qxMessageTranslatorInterface* const translator = s_translator.load();
-    if (!translator) return false;
-    result = translator->onTranslate(sender, level, qxString(format));
-    return true;
+    if ((level & QX_FLAG_UNTRANSLATED) != 0 || level < QX_LEVEL_NOTICE) return nullptr;
+    return s_translator.load(std::memory_order_acquire);
 }
 
-void sendMessage(const qxString& sender, qxMessageLevel level, bool isFinished, const char* format,
-                 const qxArgument* arguments, unsigned int count)
+// Call with the message lock held.
+void deliverText(qxMessageState& state, const qxString& sender, qxMessageLevel level, bool isFinished,
+                 const char* format, const qxArgument* arguments, unsigned int count)
 {
-    if (!qxMessageState::isOpen()) return;
-    const qxMessageLock lock;
-    qxMessageState& state = qxMessageState::get();
-    state.installDefaultReceiver();
-    if (!state.isPassing(level)) return;
-
-    qxString translation;
-    if (translateFormat(sender, level, format, translation)) {
-        if (translation.isEmpty()) return;
-        format = translation.getString();
-    }
     if (isFinished) {
         state.deliver(sender, level, format);
         return;
@@ -55,6 +39,25 @@ void sendMessage(const qxString& sender, qxMessageLevel level, bool isFinished, 
     qxString text;
     text.formatArguments(format, arguments, count);
     state.deliver(sender, level, text.getString());
+}
+
+void sendMessage(const qxString& sender, qxMessageLevel level, bool isFinished, const char* format,
+                 const qxArgument* arguments, unsigned int count)
+{
+    if (!qxMessageState::isOpen()) return;
+    qxMessageState& state = qxMessageState::get();
+    const qxMessageLock lock(state);
+    state.installDefaultReceiver();
+    if (!state.isPassing(level)) return;
+
+    qxMessageTranslatorInterface* const translator = translatorFor(level);
+    if (!translator) {
+        deliverText(state, sender, level, isFinished, format, arguments, count);
+        return;
+    }
+    const qxString translation = translator->onTranslate(sender, level, qxString(format));
+    if (translation.isEmpty()) return;
+    deliverText(state, sender, level, isFinished, translation.getString(), arguments, count);
 }
 
 } // namespace
@@ -122,11 +125,12 @@ qxMessageTranslatorInterface* qxMessage::getMessageTranslator()
 qxString qxMessage::translate(const qxString& sender, const qxString& text)
 {
     // Errors are raised through here: while there is no translator they must not depend on a lock.
-    if (!s_translator.load() || !qxMessageState::isOpen()) return text;
+    if (!s_translator.load(std::memory_order_acquire) || !qxMessageState::isOpen()) return text;
 
     const qxMessageLock lock;
-    qxString translation;
-    if (!translateFormat(sender, QX_LEVEL_ALWAYS, text.getString(), translation)) return text;
+    qxMessageTranslatorInterface* const translator = translatorFor(QX_LEVEL_ALWAYS);
+    if (!translator) return text;
+    const qxString translation = translator->onTranslate(sender, QX_LEVEL_ALWAYS, text);
     return translation.isEmpty() ? text : translation;
 }
 
@@ -157,34 +161,26 @@ bool qxMessageState::isOpen()
     return s_isOpen.load(std::memory_order_relaxed);
 }
 
-void qxMessageState::waitLock()
+qxMessageState::qxMessageState()
 {
-    m_lock.waitLock();
     m_semaphore.waitLock(0);
-}
-
-void qxMessageState::unLock()
-{
-    if (!isInside()) return;
-    m_semaphore.unLock();
-    m_lock.unLock();
-}
-
-bool qxMessageState::isInside() const
-{
-    return m_lock.getOwnerThreadID() == qxPlatformThreadId();
 }
 
 void qxMessageState::setLevel(qxMessageLevel level)
 {
-    // From inside, a receiver for one, the semaphore is held under 0 and would never be granted.
-    const bool wasInside = isInside();
-    m_lock.waitLock();
-    if (!wasInside) m_semaphore.waitLock(qxPlatformThreadId());
+    const qxMessageLock lock(*this);
+    // From further inside, a receiver for one, the semaphore stays with the message that is under way.
+    const bool isAlone = m_lock.getSpinLockCount() == 1;
+    if (isAlone) {
+        m_semaphore.unLock();
+        m_semaphore.waitLock(qxPlatformThreadId());
+    }
     m_level = level;
     updateGate();
-    if (!wasInside) m_semaphore.unLock();
-    m_lock.unLock();
+    if (isAlone) {
+        m_semaphore.unLock();
+        m_semaphore.waitLock(0);
+    }
 }
 
 void qxMessageState::addReceiver(qxMessageReceiverInterface* receiver)
@@ -203,17 +199,11 @@ void qxMessageState::removeReceiver(qxMessageReceiverInterface* receiver)
     updateGate();
 }
 
-void qxMessageState::installDefaultReceiver()
+void qxMessageState::addDefaultReceiver()
 {
-    if (!m_isDefaultReceiverDue || hasReceiver()) return;
     m_receivers.push_back(qxMessage::getDefaultMessageReceiver());
     m_isDefaultReceiverDue = false;
     updateGate();
-}
-
-bool qxMessageState::isPassing(qxMessageLevel level) const
-{
-    return level >= (m_level & LEVEL_MASK) && (level & ~m_level & QX_FLAG_INTERNAL) == 0;
 }
 
 void qxMessageState::deliver(const qxString& sender, qxMessageLevel level, const char* text)
@@ -232,17 +222,14 @@ void qxMessageState::deliver(const qxString& sender, qxMessageLevel level, const
     }
 }
 
-bool qxMessageState::hasReceiver() const
-{
-    return std::any_of(m_receivers.begin(), m_receivers.end(),
-                       [](const qxMessageReceiverInterface* receiver) { return receiver != nullptr; });
-}
-
 void qxMessageState::updateGate()
 {
-    const bool mustLock = m_isDefaultReceiverDue && !hasReceiver();
-    qxMessage::s_gate.store(m_level | (mustLock ? qxMessage::GATE_CLOSED_TO_SHORTCUT : 0),
-                            std::memory_order_relaxed);
+    const bool hasReceiver =
+        std::any_of(m_receivers.begin(), m_receivers.end(),
+                    [](const qxMessageReceiverInterface* receiver) { return receiver != nullptr; });
+    m_isDefaultReceiverWanted = m_isDefaultReceiverDue && !hasReceiver;
+    const unsigned int flag = m_isDefaultReceiverWanted ? qxMessage::GATE_CLOSED_TO_SHORTCUT : 0;
+    qxMessage::s_gate.store(m_level | flag, std::memory_order_relaxed);
 }
 
 void qxMessageState::endWalk()

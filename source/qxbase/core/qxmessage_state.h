@@ -12,7 +12,7 @@
 /// The state of the message channel, one for the process.
 ///
 /// Lifetime: built on first use and never destroyed, so that it can be used while the library is unloaded.
-/// Threads:  all operations need the message lock, but for the lock's own and isOpen.
+/// Threads:  all operations need the message lock, but for get, isOpen, setLevel and the lock's own.
 class qxMessageState
 {
 public:
@@ -21,39 +21,51 @@ public:
     /// False once the statics of the library go down: messages are then dropped.
     static bool isOpen();
 
-    void waitLock();
-    void unLock(); ///< ignored when the calling thread does not hold the lock
-    bool isInside() const;
+    void waitLock() const { m_lock.waitLock(); }
+    void unLock() const { m_lock.unLock(); }
 
     qxMessageLevel getLevel() const { return m_level; }
-    void setLevel(qxMessageLevel level); ///< takes the lock as setMessageLevel does
+
+    /// Takes the lock itself, as setMessageLevel does.
+    void setLevel(qxMessageLevel level);
 
     void addReceiver(qxMessageReceiverInterface* receiver);
     void removeReceiver(qxMessageReceiverInterface* receiver);
 
     /// Registers the default receiver when there is no other and it was never installed.
-    void installDefaultReceiver();
+    void installDefaultReceiver()
+    {
+        if (m_isDefaultReceiverWanted) addDefaultReceiver();
+    }
 
     /// Whether the level setting lets a message of `level` pass.
-    bool isPassing(qxMessageLevel level) const;
+    bool isPassing(qxMessageLevel level) const
+    {
+        return level >= (m_level & LEVEL_MASK) && (level & ~m_level & QX_FLAG_INTERNAL) == 0;
+    }
 
     /// Calls the receivers in the order of their registration, without those that are added meanwhile.
     void deliver(const qxString& sender, qxMessageLevel level, const char* text);
 
 private:
-    qxMessageState() = default;
+    static constexpr unsigned int LEVEL_MASK = 0xF07F; // a level setting counts without its flags and bit 7
 
-    bool hasReceiver() const;
+    qxMessageState();
+
+    void addDefaultReceiver();
     void updateGate();
     void endWalk();
 
-    // The message lock is both of these, taken in this order. The first keeps other threads out and lets its
-    // own in again, which the second with its owner value alone would not.
+    // The message lock is both of these, taken in this order. The semaphore alone would let every thread in
+    // that asks with the same value, and no thread of its own again that asks with another. So m_lock keeps
+    // other threads out and lets its own in again; the semaphore is held under 0 on behalf of whoever is
+    // inside, and only setLevel changes that.
     qxMutex m_lock;
     qxSemaphore m_semaphore;
 
     qxMessageLevel m_level = QX_LEVEL_NOTICE;
-    bool m_isDefaultReceiverDue = true;
+    bool m_isDefaultReceiverDue = true;                   // not installed so far
+    bool m_isDefaultReceiverWanted = true;                // and there is no other
     std::vector<qxMessageReceiverInterface*> m_receivers; // null: removed while receivers are called
     unsigned int m_walks = 0;                             // calls of deliver that are under way, nested ones
 };
@@ -62,9 +74,15 @@ private:
 class qxMessageLock
 {
 public:
-    qxMessageLock() { qxMessageState::get().waitLock(); }
-    ~qxMessageLock() { qxMessageState::get().unLock(); }
+    explicit qxMessageLock(const qxMessageState& state = qxMessageState::get()) : m_state(state)
+    {
+        m_state.waitLock();
+    }
+    ~qxMessageLock() { m_state.unLock(); }
 
     qxMessageLock(const qxMessageLock&) = delete;
     qxMessageLock& operator=(const qxMessageLock&) = delete;
+
+private:
+    const qxMessageState& m_state;
 };

@@ -100,6 +100,14 @@ TEST(qxExceptionThrows, anErrorKeepsItsTextWhenTheTranslationIsNoUse)
     }
 }
 
+TEST(qxExceptionThrows, needsNoLockWithoutATranslator)
+{
+    qxMessage::waitLock(); // another thread could not send now
+    EXPECT_EQ(onAnotherThread([] { return fatalText([] { Throws::qxThrowFatal("value %d", 5); }); }),
+              "value 5");
+    qxMessage::unLock();
+}
+
 TEST(qxExceptionThrows, aWrongFormatIsItsOwnText)
 {
     EXPECT_EQ(fatalText([] { Throws::qxThrowFatal("100% sure", 5); }), "100% sure");

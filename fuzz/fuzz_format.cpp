@@ -39,9 +39,9 @@ qxArgument argumentFor(unsigned char choice, const qxString& text)
     case 2:
         return text;
     case 3:
-        return "plain text";
+        return L"wide \u00e9"; // read as narrow text it is a text too: where a pointer points, its program knows
     case 4:
-        return L"wide \u00e9";
+        return nullptr;
     default:
         return static_cast<int>(choice);
     }

@@ -151,6 +151,13 @@ TEST_F(Tool, checksEachFile)
     EXPECT_NE(err.find(bad + ":1:4: error: "), std::string::npos) << err;
 }
 
+TEST_F(Tool, refusesADirectory)
+{
+    EXPECT_EQ(run({"xml", "check", path(".")}), 4);
+    EXPECT_EQ(err.find("qx: error: Could not open '" + path(".") + "' for reading ("), 0U) << err;
+    EXPECT_EQ(run({"xml", "format", "-", "-o", path(".")}, "<a/>"), 4) << out;
+}
+
 TEST_F(Tool, tellsLimitsFromFaults)
 {
     const std::string longText(65536, 'x');

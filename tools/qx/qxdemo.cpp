@@ -47,7 +47,10 @@ qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
 {
     const qxOptions options(words, {});
     if (options.getArguments().size() > 1) throw qxUsageError("demo takes one folder of documents at most");
-    const std::string data = options.getArguments().empty() ? QX_DEMO_DATA : options.getArguments()[0];
+    // Seen from here, so that the lines are short and can be typed again.
+    const std::string data = options.getArguments().empty()
+                                 ? std::filesystem::proximate(QX_DEMO_DATA).string()
+                                 : options.getArguments()[0];
     const std::string scene = data + "/scene.xml";
     const std::string settings = data + "/settings.xml";
     if (!std::filesystem::exists(scene)) throw qxFileError("No sample documents in '" + data + "'");

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 namespace
 {
@@ -78,8 +79,10 @@ qxInput openInput(const std::string& name)
 {
     if (name == "-") return streamInput(name, stdin);
     if (name.empty()) throw qxUsageError("a file name is empty");
-    // What is no ordinary file (a pipe, a device) tells no size.
-    if (!qxSerializeAdapterReplace::canReplace(name.c_str())) {
+    // What is no ordinary file (a pipe, a device) tells no size. A directory is refused with its own text below.
+    std::error_code ignored;
+    if (!qxSerializeAdapterReplace::canReplace(name.c_str()) &&
+        !std::filesystem::is_directory(name, ignored)) {
         std::FILE* const stream = std::fopen(name.c_str(), "rb");
         if (stream) return streamInput(name, stream);
     }

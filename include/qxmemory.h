@@ -27,11 +27,13 @@ QX_API void* qx_realloc(void* memory, std::size_t size);
 /// As qx_malloc, but reports "Bad Alloc:%s" and throws std::bad_alloc instead of returning null.
 QX_API void* qx_new(std::size_t size);
 
-/// As qx_new; `tag`, a text that lives as long as the program, names the allocation for reports.
+/// As qx_new; `tag`, a text that lives as long as the program, names the allocation for
+/// qxMemoryControl::getTagCount.
 QX_API void* qx_new(std::size_t size, const char* tag);
 
 /// As qx_new for an `alignment` (a power of two) beyond that of the fundamental types.
 QX_API void* qx_new(std::size_t size, std::align_val_t alignment);
+QX_API void* qx_new(std::size_t size, std::align_val_t alignment, const char* tag);
 
 /// Gives memory of qx_new back; null is ignored.
 QX_API void qx_delete(void* memory);
@@ -55,10 +57,19 @@ public:
 
     /// Switches reports that are not forced on (the start) or off.
     static void enableReports(bool on);
+
+    /// How many allocations named the text of `tag` so far. The first 256 tags are counted, and only while
+    /// the library is built without NDEBUG; else the answer is 0.
+    ///
+    /// Threads: any.
+    static std::size_t getTagCount(const char* tag);
 };
 
 /// Routes the allocation of derived classes through the library heap, so that an object made in one module
 /// can be deleted in another. Of several bases only this one may define class-level allocation.
+///
+/// In `new (text) Class` a text is the tag of the allocation; room of plain characters to build in is given
+/// as a `void*`.
 class QX_API qxSharedMemory
 {
 public:
@@ -70,9 +81,9 @@ public:
     {
         return qx_new(size, alignment);
     }
-    static void* operator new(std::size_t size, std::align_val_t alignment, const char*)
+    static void* operator new(std::size_t size, std::align_val_t alignment, const char* tag)
     {
-        return qx_new(size, alignment);
+        return qx_new(size, alignment, tag);
     }
     static void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
     {
@@ -86,9 +97,9 @@ public:
     {
         return qx_new(size, alignment);
     }
-    static void* operator new[](std::size_t size, std::align_val_t alignment, const char*)
+    static void* operator new[](std::size_t size, std::align_val_t alignment, const char* tag)
     {
-        return qx_new(size, alignment);
+        return qx_new(size, alignment, tag);
     }
     static void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept
     {

@@ -142,6 +142,23 @@ TEST(qxMemoryControl, cutsALineAtItsBuffer)
     EXPECT_EQ(output, "<" + std::string(1022, 'x') + "\n");
 }
 
+TEST(qxMemoryControl, countsTheAllocationsOfATag)
+{
+    static const std::string sameText = "counted"; // tags live as long as the program
+    [[maybe_unused]] const std::size_t before = qxMemoryControl::getTagCount("counted");
+    qx_delete(qx_new(1, "counted"));
+    delete new (sameText.c_str()) Plain;
+    delete[] new ("counted") OverAligned[2];
+    delete new ("other") Plain;
+
+#if defined(NDEBUG)
+    EXPECT_EQ(qxMemoryControl::getTagCount("counted"), 0U);
+#else
+    EXPECT_EQ(qxMemoryControl::getTagCount("counted"), before + 3);
+#endif
+    EXPECT_EQ(qxMemoryControl::getTagCount("unknown"), 0U);
+}
+
 TEST(qxSharedMemory, alignsClassesInEveryForm)
 {
     // Repeated, since an unaligned heap gives an aligned address now and then.

@@ -2,6 +2,7 @@
 
 #include "qxmemory.h"
 
+#include "core/qxmemorytags.h"
 #include "qxerror.h"
 
 #include <atomic>
@@ -72,8 +73,9 @@ void* qx_new(std::size_t size)
     return memory;
 }
 
-void* qx_new(std::size_t size, const char*)
+void* qx_new(std::size_t size, const char* tag)
 {
+    qxCountTag(tag);
     return qx_new(size);
 }
 
@@ -82,6 +84,12 @@ void* qx_new(std::size_t size, std::align_val_t alignment)
     void* const memory = qx_malloc(size, alignment);
     if (!memory) qxThrowBadAlloc(__FILE__, __LINE__);
     return memory;
+}
+
+void* qx_new(std::size_t size, std::align_val_t alignment, const char* tag)
+{
+    qxCountTag(tag);
+    return qx_new(size, alignment);
 }
 
 void qx_delete(void* memory)

@@ -124,8 +124,8 @@ TEST(qxXmlDom, everyAttributeValueSurvives)
 
 TEST(qxXmlDom, everyTextSurvivesWithWhiteSpaceKept)
 {
-    for (const char* value :
-         {"&lt;", " say \"hi\" now ", "a\r\nb", "]]>", "function:f", "&#32;", "\xF0\x9F\x98\x80"}) {
+    for (const char* value : {"&lt;", " say \"hi\" now ", "a\r\nb", "]]>", "function:f",
+                              "'function:'function:", "&#32;", "\xF0\x9F\x98\x80"}) {
         SCOPED_TRACE(value);
         for (const char* encoding : {"UTF-8", "utf-16", "windows-1252"}) {
             qxXmlDom document;
@@ -139,6 +139,33 @@ TEST(qxXmlDom, everyTextSurvivesWithWhiteSpaceKept)
             EXPECT_STREQ(again.asString().getString(), value);
         }
     }
+}
+
+TEST(qxXmlDom, textsThatAreTooLongTogetherSurvive)
+{
+    qxXmlDom document;
+    document.setSkipWhiteSpaceCharData(false);
+    document.addChild(new qxXmlElement("a"));
+    for (int i = 0; i < 5; ++i) document.addItem("a", new qxXmlCharData(qxString::spaces(30000, 'x')));
+    qxXmlDom again;
+    again.setSkipWhiteSpaceCharData(false);
+    ASSERT_EQ(readText(again, written(document)), "");
+    unsigned int length = 0;
+    for (qxXmlItem* item = again.getFirstChild()->getFirstChild(); item; item = item->getNextSibling())
+        length += item->asString().length();
+    EXPECT_EQ(length, 150000U);
+}
+
+TEST(qxXmlDom, textsThatMeanSomethingTogetherSurvive)
+{
+    qxXmlDom document;
+    document.setSkipWhiteSpaceCharData(false);
+    document.addChild(new qxXmlElement("a"));
+    for (const char* text : {"func", "tion:", "function:f"}) document.addItem("a", new qxXmlCharData(text));
+    qxXmlDom again;
+    again.setSkipWhiteSpaceCharData(false);
+    ASSERT_EQ(readText(again, written(document)), "");
+    EXPECT_STREQ(again.asString().getString(), "function:function:f");
 }
 
 TEST(qxXmlDom, writesWithAnotherWriter)

@@ -98,6 +98,17 @@ bool isNameCharacter(unsigned int code, bool isFirst)
     return code < 0xF0000;
 }
 
+// Where a reader's function would begin, its first letter is written as a reference, which ends the piece.
+char* guard(char* out, const char*& next, const char* end)
+{
+    constexpr std::string_view FUNCTION = "function:";
+    constexpr std::string_view LETTER = "&#102;";
+    static_assert(LETTER.size() <= LONGEST_ESCAPE);
+    if (!std::string_view(next, static_cast<std::size_t>(end - next)).starts_with(FUNCTION)) return out;
+    ++next;
+    return std::copy(LETTER.begin(), LETTER.end(), out);
+}
+
 void toUTF16(std::string_view text, std::string& bytes)
 {
     bytes.resize(2 * text.size()); // no character has more units than bytes
@@ -134,37 +145,44 @@ void toBytes(std::string_view text, std::string& bytes)
 
 } // namespace
 
-bool qxXmlOutput::appendEscaped(std::string_view text, bool keepReferences)
+bool qxXmlOutput::appendEscaped(std::string_view text, unsigned int escaping)
 {
     char* out = makeRoom(text.size() * LONGEST_ESCAPE);
     const char* next = text.data();
     const char* const end = next + text.size();
+    if (escaping & (GUARD_START | GUARD_PIECES)) out = guard(out, next, end);
     while (next != end) {
         copyPlain(next, end, out);
         if (next == end) break;
-        const std::string_view rest(next, static_cast<std::size_t>(end - next));
-        switch (classOf(*next)) {
-        case ESCAPED: {
-            const bool stays = *next == '&' && keepReferences && beginsPredefinedReference(rest);
-            const std::string_view escape = stays ? rest.substr(0, 1) : escapeOf(*next);
-            out = std::copy(escape.begin(), escape.end(), out);
-            ++next;
-            break;
-        }
-        case LONG: {
-            unsigned int size = 0;
-            const unsigned int code = readCharacter(rest, size);
-            if (code == 0) return false;
-            out = appendCharacter(out, code, rest.substr(0, size));
-            next += size;
-            break;
-        }
-        default:
-            return false;
-        }
+        out = appendEscape(out, next, end, escaping);
+        if (!out) return false;
     }
     m_size = static_cast<std::size_t>(out - m_bytes.get());
     return true;
+}
+
+// Appends the character at `next`, which is not plain, and moves behind it; null when it cannot be in a document.
+char* qxXmlOutput::appendEscape(char* out, const char*& next, const char* end, unsigned int escaping) const
+{
+    const std::string_view rest(next, static_cast<std::size_t>(end - next));
+    if (classOf(*next) == REFUSED) return nullptr;
+    if (classOf(*next) == LONG) {
+        unsigned int size = 0;
+        const unsigned int code = readCharacter(rest, size);
+        if (code == 0) return nullptr;
+        next += size;
+        out = appendCharacter(out, code, rest.substr(0, size));
+        const bool isReference = m_form == BYTES && code > 0xFF;
+        return isReference && (escaping & GUARD_PIECES) ? guard(out, next, end) : out;
+    }
+    ++next;
+    if (rest.front() == '&' && (escaping & KEEP_REFERENCES) && beginsPredefinedReference(rest)) {
+        *out++ = '&';
+        return out;
+    }
+    const std::string_view escape = escapeOf(rest.front());
+    out = std::copy(escape.begin(), escape.end(), out);
+    return escaping & GUARD_PIECES ? guard(out, next, end) : out;
 }
 
 void qxXmlOutput::appendGeneric(std::string_view text)

@@ -50,10 +50,17 @@ public:
         m_size += count;
     }
 
-    /// Appends text whose markup is escaped; with `keepReferences` a predefined reference in it stays as it is.
-    /// Characters that the form does not have become references. False, and anything may have been appended,
-    /// when the text holds what is no character of a document.
-    bool appendEscaped(std::string_view text, bool keepReferences);
+    /// How text is escaped, as bits.
+    enum Escaping : unsigned char {
+        ESCAPE_ALL = 0,
+        KEEP_REFERENCES = 1, ///< a predefined reference in the text stays as it is
+        GUARD_START = 2,     ///< text that begins with "function:" is not taken for a reader's function
+        GUARD_PIECES = 4     ///< the same for each piece of text that a reader gets: they end at references
+    };
+
+    /// Appends text whose markup is escaped. Characters that the form does not have become references. False, and
+    /// anything may have been appended, when the text holds what is no character of a document.
+    bool appendEscaped(std::string_view text, unsigned int escaping);
 
     /// Appends text as it stands, but for characters that the form does not have, which become references.
     void appendGeneric(std::string_view text);
@@ -74,6 +81,7 @@ private:
         return m_bytes.get() + m_size;
     }
     void grow(std::size_t count);
+    char* appendEscape(char* out, const char*& next, const char* end, unsigned int escaping) const;
     char* appendCharacter(char* out, unsigned int code, std::string_view bytes) const;
 
     std::unique_ptr<char[]> m_bytes;

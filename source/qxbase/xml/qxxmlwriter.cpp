@@ -4,12 +4,14 @@
 
 #include "qxxmlsax.h"
 
+#include "core/qxutf8scan.h"
 #include "xml/qxxmlreferences.h"
 
 namespace
 {
 
 constexpr std::size_t BLOCK_SIZE = 65536; // bytes that gather before they are handed on
+constexpr std::size_t MAX_RUN = 65535;    // bytes of character data that a reader takes in one piece
 
 std::string_view view(const qxString& text)
 {
@@ -55,6 +57,7 @@ public:
     void finish(State state)
     {
         m_writer.m_state = state;
+        m_writer.m_textRun = 0;
         m_isFinished = true;
         if (--m_writer.m_operations != 0) return;
         if (m_writer.m_batches == 0 || m_writer.m_output.getSize() >= BLOCK_SIZE) m_writer.flush();
@@ -129,7 +132,9 @@ void qxXmlWriterState::writeAttribute(std::string_view name, std::string_view va
     m_output.append(' ');
     m_output.append(name);
     m_output.append("=\"");
-    if (!appendText(value, meaning, meaning == AS_MARKUP)) refuse("Attribute value is malformed");
+    const unsigned int escaping =
+        meaning == AS_TEXT ? qxXmlOutput::GUARD_START : qxXmlOutput::KEEP_REFERENCES;
+    if (!m_output.appendEscaped(value, escaping)) refuse("Attribute value is malformed");
     m_output.append('"');
     operation.finish(BEHIND_ATTRIBUTE);
 }
@@ -138,8 +143,18 @@ void qxXmlWriterState::writeCharData(std::string_view text, Meaning meaning)
 {
     Operation operation(*this);
     closeStartTag();
-    if (!appendText(text, meaning, false)) refuse("CharData is malformed");
+    std::size_t run = m_textRun + text.size();
+    // Together the texts may be too long for a reader, or begin with what neither of them begins with.
+    const bool isApart =
+        run > MAX_RUN || (m_textRun != 0 && m_textRun < std::string_view("function:").size());
+    if (meaning == AS_TEXT && isApart) {
+        appendReference(text);
+        run = text.size();
+    }
+    const unsigned int escaping = meaning == AS_TEXT ? qxXmlOutput::GUARD_PIECES : qxXmlOutput::ESCAPE_ALL;
+    if (!m_output.appendEscaped(text, escaping)) refuse("CharData is malformed");
     operation.finish(BEHIND_CONTENT);
+    m_textRun = run;
 }
 
 void qxXmlWriterState::writeCharDataElement(std::string_view name, std::string_view text)
@@ -278,13 +293,17 @@ void qxXmlWriterState::indent(unsigned int level)
     m_output.appendRun('\t', level);
 }
 
-bool qxXmlWriterState::appendText(std::string_view text, Meaning meaning, bool keepReferences)
+// Takes the first character off the text and writes a reference to it: a reader acts on neither what it began nor
+// on the length of what it continues.
+void qxXmlWriterState::appendReference(std::string_view& text)
 {
-    if (meaning == AS_TEXT && text.starts_with("function:")) {
-        m_output.append("&#102;"); // an "f" that does not begin the reader's prefix
-        text.remove_prefix(1);
-    }
-    return m_output.appendEscaped(text, keepReferences);
+    unsigned int size = 0;
+    const unsigned int code = qxReadUTF8(text.data(), text.size(), size);
+    if (!qxXmlIsChar(code) || size == 0) return; // will be refused
+    m_output.append("&#");
+    m_output.append(std::to_string(code));
+    m_output.append(';');
+    text.remove_prefix(size);
 }
 
 void qxXmlWriterState::refuse(const char* text)

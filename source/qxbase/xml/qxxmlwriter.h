@@ -101,11 +101,12 @@ private:
     void appendHeader();
     void closeStartTag();
     void indent(unsigned int level);
-    bool appendText(std::string_view text, Meaning meaning, bool keepReferences);
+    void appendReference(std::string_view& text);
     [[noreturn]] void refuse(const char* text);
 
     qxXmlSax& m_sax;
     State m_state = AT_START;
+    std::size_t m_textRun = 0;             // bytes of the character data written last, with nothing behind it
     unsigned int m_operations = 0;         // under way, one inside the other
     unsigned int m_batches = 0;            // the same
     std::string m_names;                   // of the open elements, one behind the other

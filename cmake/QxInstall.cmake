@@ -18,6 +18,3 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/qxbaseConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/qxbaseConfig.cmake ${PROJECT_BINARY_DIR}/qxbaseConfigVersion.cmake
     DESTINATION ${package_directory}
 )
-if(TARGET qx)
-    install(TARGETS qx)
-endif()

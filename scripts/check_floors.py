@@ -3,8 +3,9 @@
 
 Prints `file:line: fault` and ends with status 1 where an include points up the floors; where headers include one another
 in a circle; where `#if` asks for an operating system, or a header of the system is included, outside platform/ (and
-qxconfig.h); where a public header or a source is in no floor's CMakeLists.txt, or is listed there and missing. Internal
-headers belong to the floor in whose folder they stand and need not be listed.
+qxconfig.h); where a public header or a source is in no floor's CMakeLists.txt, or is listed there and missing; where
+qxbase.h does not include a public header. Internal headers belong to the floor in whose folder they stand and need not be
+listed.
 """
 # SPDX-License-Identifier: see LICENSE
 import re
@@ -80,7 +81,12 @@ def find_circles(includes, faults):
 def check(root):
     faults = []
     floors, floor_of = read_lists(root, faults)
-    find_circles({file: read_file(file, root, floors, floor_of, faults) for file in sorted(floor_of)}, faults)
+    includes = {file: read_file(file, root, floors, floor_of, faults) for file in sorted(floor_of)}
+    find_circles(includes, faults)
+    whole = root / "include/qxbase.h"
+    for file in includes:
+        if file.parent == whole.parent and file not in [whole, *includes.get(whole, [])]:
+            faults.append(f"{whole}:1: does not include {file.name}")
     return [fault.removeprefix(f"{root}/") for fault in faults]
 
 

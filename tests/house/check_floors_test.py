@@ -23,7 +23,7 @@ GOOD = {
     "include/qxlist.h": '#include "qxconfig.h"\n',
     "include/qxstring.h": '#include "qxlist.h"\n\n#include <vector>\n#if defined(__SSE2__)\n#include <emmintrin.h>\n#endif\n',
     "include/qxxml.h": '#include "qxstring.h"\n',
-    "include/qxbase.h": '#include "qxxml.h"\n',
+    "include/qxbase.h": "".join(f'#include "{name}.h"\n' for name in ("qxconfig", "qxlist", "qxstring", "qxxml")),
     "source/qxbase/platform/clock.h": "",
     "source/qxbase/platform/posix/clock.cpp": '#include "platform/clock.h"\n#include <time.h>\n#if defined(__linux__)\n#endif\n',
     "source/qxbase/core/qxstring.cpp": '#include "qxstring.h"\n#include "platform/clock.h"\n',
@@ -55,13 +55,13 @@ class CheckFloors(unittest.TestCase):
         source = "source/qxbase/core/qxstring.cpp"
         rows = [
             (string, '#include "qxxml.h"\n', 'include/qxstring.h:1: "qxxml.h" is of a higher floor\n'
-             "include/qxxml.h:1: headers in a circle: qxxml.h qxstring.h qxxml.h\n"),
+             "include/qxstring.h:1: headers in a circle: qxstring.h qxxml.h qxstring.h\n"),
             (source, '\n#include "qxxml.h"\n', f'{source}:2: "qxxml.h" is of a higher floor\n'),
             (source, '  #  include "qxbase.h"\n', f'{source}:1: "qxbase.h" is of a higher floor\n'),
             ("source/qxbase/platform/clock.h", '#include "qxlist.h"\n',
              'source/qxbase/platform/clock.h:1: "qxlist.h" is of a higher floor\n'),
             ("include/qxlist.h", '#include "qxstring.h"\n',
-             "include/qxstring.h:1: headers in a circle: qxstring.h qxlist.h qxstring.h\n"),
+             "include/qxlist.h:1: headers in a circle: qxlist.h qxstring.h qxlist.h\n"),
             (string, "#if defined(_WIN32)\n#endif\n", "include/qxstring.h:1: #if for an operating system outside platform/\n"),
             (source, "#if 0\n#elif __linux__\n#endif\n", f"{source}:2: #if for an operating system outside platform/\n"),
             (source, "#ifndef __MINGW32__\n#endif\n", f"{source}:1: #if for an operating system outside platform/\n"),
@@ -72,7 +72,11 @@ class CheckFloors(unittest.TestCase):
             ("include/qxlost.h", "", "include/qxlost.h:1: is in no floor's list\n"),
             ("source/qxbase/core/lost.cpp", "", "source/qxbase/core/lost.cpp:1: is in no floor's list\n"),
             (source, None, "source/qxbase/core/CMakeLists.txt:2: qxstring.cpp is missing\n"),
-            ("include/qxbase.h", None, "source/qxbase/CMakeLists.txt:5: qxbase.h is missing\n"),
+            ("include/qxbase.h", '#include "qxconfig.h"\n#include "qxstring.h"\n#include "qxxml.h"\n',
+             "include/qxbase.h:1: does not include qxlist.h\n"),
+            ("include/qxxml.h", None, "source/qxbase/xml/CMakeLists.txt:1: qxxml.h is missing\n"
+             'include/qxbase.h:4: no floor has "qxxml.h"\n'
+             'source/qxbase/xml/qxxml.cpp:1: no floor has "qxxml.h"\n'),
         ]
         for name, text, expected in rows:
             with self.subTest(file=name, text=text):

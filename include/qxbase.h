@@ -1,0 +1,51 @@
+// Every public header of the library, for applications that do not want to choose.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxargument.h"
+#include "qxarray.h"
+#include "qxcleanup.h"
+#include "qxconfig.h"
+#include "qxdebug.h"
+#include "qxdict.h"
+#include "qxdicttable.h"
+#include "qxerror.h"
+#include "qxevent.h"
+#include "qxforward.h"
+#include "qxguard.h"
+#include "qxkeys.h"
+#include "qxlist.h"
+#include "qxmemory.h"
+#include "qxmessage.h"
+#include "qxmutex.h"
+#include "qxname.h"
+#include "qxnumbertext.h"
+#include "qxprogress.h"
+#include "qxrefdata.h"
+#include "qxreference.h"
+#include "qxsemaphore.h"
+#include "qxstring.h"
+#include "qxtype.h"
+#include "qxuniquestring.h"
+#include "qxutf8.h"
+
+#include "qxthread.h"
+#include "qxtime.h"
+
+#include "qxrefinstance.h"
+#include "qxserializeadapter.h"
+#include "qxserializeadapterfile.h"
+#include "qxserializeadaptermemory.h"
+#include "qxserializeadapterreplace.h"
+#include "qxserializedata.h"
+#include "qxurlmanager.h"
+
+#include "qxbasicparser.h"
+
+#include "qxxml.h"
+#include "qxxmldom.h"
+#include "qxxmlelement.h"
+#include "qxxmlitem.h"
+#include "qxxmlsax.h"
+#include "qxxmltext.h"

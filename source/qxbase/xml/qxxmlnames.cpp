@@ -4,18 +4,19 @@
 
 qxXmlNames::~qxXmlNames()
 {
-    for (qxSharedName* name : m_names) {
-        if (name) name->release();
+    for (Entry(&entries)[2] : m_entries) {
+        for (const Entry& entry : entries) {
+            if (entry.name) entry.name->release();
+        }
     }
 }
 
-qxSharedName* qxXmlNames::replace(qxSharedName*& place, const qxString& text)
+qxSharedName* qxXmlNames::enter(Entry* entries, std::string_view text, std::uint64_t head)
 {
-    if (text.isEmpty()) return nullptr;
-    // From the bytes: a copy of a unique string would tie the tree to the table of unique strings.
-    qxSharedName* const name = new qxSharedName(text.getString(), text.length());
+    qxSharedName* const name = new qxSharedName(text.data(), text.size());
     name->hold();
-    if (place) place->release();
-    place = name;
+    if (entries[1].name) entries[1].name->release();
+    entries[1] = entries[0];
+    entries[0] = {head, text.size(), name};
     return name;
 }

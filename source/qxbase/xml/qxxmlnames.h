@@ -5,13 +5,15 @@
 
 #include "qxname.h"
 
+#include <cstdint>
 #include <cstring>
+#include <string_view>
 
 /// The names that a tree met of late. A document has few different names and many items: nearly all of them find
 /// theirs here.
 ///
-/// A name that another one with the same place displaced is made anew when it comes again, so that names chosen
-/// to collide cost memory, never time.
+/// A name that others with the same place displaced is made anew when it comes again, so that names chosen to
+/// collide cost memory, never time.
 ///
 /// Threads: as the tree.
 class qxXmlNames
@@ -22,31 +24,77 @@ public:
     qxXmlNames(const qxXmlNames&) = delete;
     qxXmlNames& operator=(const qxXmlNames&) = delete;
 
-    /// The shared name with this text; valid until the next call, unless somebody holds it. Null for an empty
-    /// text.
-    qxSharedName* get(const qxString& text)
+    /// The shared name with this text, of at most 65,535 bytes; valid until the next call, unless somebody holds
+    /// it. Null for an empty text.
+    qxSharedName* get(std::string_view text)
     {
-        const unsigned int hash = text.hash();
-        qxSharedName*& place = m_names[(hash ^ hash >> 8 ^ hash >> 16) % COUNT];
-        // Bytes, not strings, are compared: that would turn one of them unique when the other one is.
-        if (place && place->hash() == hash && place->length() == text.length() &&
-            std::memcmp(place->getString(), text.getString(), text.length()) == 0)
-            return place;
-        return replace(place, text);
+        if (text.empty()) return nullptr;
+        const std::uint64_t head = getHead(text);
+        Entry* const entries = m_entries[getPlace(text, head)];
+        if (entries[0].is(text, head)) return entries[0].name;
+        if (entries[1].is(text, head)) return entries[1].name;
+        return enter(entries, text, head);
     }
 
     /// What an item of this tree has for `other`, a name of another tree; permanent names belong to all.
     qxSharedName* getCopy(qxSharedName* other)
     {
-        return !other || other->isPermanent() ? other : get(*other);
+        if (!other || other->isPermanent()) return other;
+        return get({other->getString(), other->length()});
     }
 
 private:
-    static constexpr unsigned int COUNT = 512;
+    static constexpr unsigned int PLACE_BITS = 8;
 
-    static qxSharedName* replace(qxSharedName*& place, const qxString& text);
+    struct Entry {
+        std::uint64_t head; // the first eight bytes
+        std::size_t length; // 0 when there is no name
+        qxSharedName* name;
 
-    qxSharedName* m_names[COUNT] = {};
+        bool is(std::string_view text, std::uint64_t textHead) const
+        {
+            if (head != textHead || length != text.size()) return false;
+            return length <= 8 || std::memcmp(name->getString() + 8, text.data() + 8, length - 8) == 0;
+        }
+    };
+
+    // Few bytes are read as pieces that overlap.
+    static std::uint64_t getHead(std::string_view text)
+    {
+        const char* const bytes = text.data();
+        const std::size_t size = text.size();
+        if (size >= 8) return load<std::uint64_t>(bytes);
+        if (size >= 4) {
+            const std::uint64_t last = load<std::uint32_t>(bytes + size - 4);
+            return load<std::uint32_t>(bytes) | last << 8 * (size - 4);
+        }
+        const auto byte = [bytes](std::size_t i) {
+            return static_cast<std::uint64_t>(static_cast<unsigned char>(bytes[i])) << 8 * i;
+        };
+        return byte(0) | byte(size / 2) | byte(size - 1);
+    }
+
+    static std::size_t getPlace(std::string_view text, std::uint64_t head)
+    {
+        std::uint64_t mixed = head ^ text.size();
+        if (text.size() > 8) {
+            const std::uint64_t tail = load<std::uint64_t>(text.data() + text.size() - 8);
+            mixed ^= tail << 13 | tail >> 51;
+        }
+        return static_cast<std::size_t>(mixed * 0x9E3779B97F4A7C15 >> (64 - PLACE_BITS));
+    }
+
+    template <class Number>
+    static Number load(const char* bytes)
+    {
+        Number number;
+        std::memcpy(&number, bytes, sizeof number);
+        return number;
+    }
+
+    static qxSharedName* enter(Entry* entries, std::string_view text, std::uint64_t head);
+
+    Entry m_entries[1 << PLACE_BITS][2] = {}; // of each place the two that came last
 };
 
 /// Keeps a name for the length of a scope.

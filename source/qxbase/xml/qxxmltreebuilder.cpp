@@ -38,7 +38,7 @@ void qxXmlTreeBuilder::openElement(const qxString& name, unsigned int level)
     if (level == 0) level = 1; // the document stays open
     qxXmlItem& parent = getParent(level - 1);
     qxXmlItem* const before = parent.getLastChild();
-    qxXmlElement* const element = qxXmlTree::newElement(m_names.get(name));
+    qxXmlElement* const element = qxXmlTree::newElement(m_names.get({name.getString(), name.length()}));
     qxXmlTree::append(parent, element);
     m_open.push_back({level, element, before});
 }
@@ -74,7 +74,7 @@ void qxXmlTreeBuilder::setAttribute(const qxString& name, std::string_view value
     const unsigned int index =
         isKnown(*attributes, text) ? qxXmlFindAttribute(attributes, text) : QX_XML_NO_ATTRIBUTE;
     if (index == QX_XML_NO_ATTRIBUTE)
-        qxXmlAppendAttribute(attributes, m_names.get(name), value);
+        qxXmlAppendAttribute(attributes, m_names.get(text), value);
     else
         qxXmlReplaceAttribute(attributes, index, value);
 }

@@ -17,6 +17,10 @@ public:
     explicit qxSharedName(const qxString& text) : qxString(text), m_holders(0) {}
     qxSharedName(const char* text, std::size_t length) : qxString(text, length), m_holders(0) {}
 
+    /// A copy has no holders yet.
+    qxSharedName(const qxSharedName& other) : qxSharedMemory(), qxString(other), m_holders(0) {}
+    qxSharedName& operator=(const qxSharedName&) = delete;
+
     void hold()
     {
         if (m_holders != PERMANENT) ++m_holders;

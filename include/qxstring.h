@@ -194,13 +194,6 @@ public:
     }
     qxString& operator+=(wchar_t c);
 
-    /// Sets the text to exactly `count` bytes, which may be this string's own. Memory that fits is used again.
-    qxString& assign(const char* bytes, std::size_t count)
-    {
-        setBytes(bytes, count);
-        return *this;
-    }
-
     /// Appends exactly `count` bytes; they may be this string's own.
     qxString& append(const char* bytes, std::size_t count);
 
@@ -328,6 +321,7 @@ public:
     bool operator!=(const char* text) const { return !(*this == text); }
 
 private:
+    friend class qxStringRefill;
     friend class qxUniqueTable;
 
     static constexpr unsigned int ROOM_STEP = 16;

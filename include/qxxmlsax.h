@@ -10,15 +10,18 @@
 #include "qxstring.h"
 #include "qxtype.h"
 
+#include <cstddef>
 #include <memory>
 
 class qxDynamicType;
 class qxObject;
+class qxXmlBytes;
 class qxXmlCustomDataInterface;
 class qxXmlDynamicTypeInterface;
 class qxXmlObjectInterface;
 class qxXmlReaderState;
 class qxXmlWriterState;
+struct qxXmlStop;
 
 /// What the reader reports, as bits of a mask.
 typedef unsigned int qxXmlItemType;
@@ -349,15 +352,22 @@ private:
     [[noreturn]] void failCheck(unsigned int check);
     [[noreturn]] void failCheckAt(qxUInt64 position, unsigned int check);
     [[noreturn]] void failMarkup(unsigned int check);
-    void goOn(unsigned char answer); // raises when a callback wants no more
+    [[noreturn]] static void stop();
+    static void goOn(unsigned char answer) // with the reading, unless a callback wants no more
+    {
+        if (!answer) stop();
+    }
 
     bool startsName(unsigned int offset);
     Name scanName();
     Name scanNameSlowly(const char16_t* from);
     bool skipSpace();
-    bool skipTo(const Run& run, unsigned short first, unsigned short second, unsigned short third);
+    bool skipTo(const Run& run, const qxXmlStop& stop);
+    bool copyTo(const Run& run, const qxXmlStop& stop, qxXmlBytes& text, std::size_t begin);
     bool skipPair();
-    bool skipCharData(const Run& run);
+    bool isEndOfText();
+    std::size_t copyShortText(char* out);
+    bool readPlainAttribute();
     bool isNextText(const char16_t* text);
     void expect(char16_t token, unsigned int check);
     void expectText(const char16_t* text, unsigned int check);
@@ -371,7 +381,7 @@ private:
     bool readSpecialContent();
     void reportContents();
     [[noreturn]] void failEndTag(const Name& found);
-    void readAttributeValue();
+    void takeAttributeValue();
     void skipCData(const Run& run);
     void storeDocumentType(qxUInt64 begin);
     void readSubset(bool isInternal, unsigned int depth);

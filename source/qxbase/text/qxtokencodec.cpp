@@ -94,8 +94,15 @@ public:
 
     void run()
     {
-        while (m_stop == qxDecodeStop::DONE && m_in < m_end && *m_in >= 0x80 && m_roomEnd - m_out >= 2)
-            decodeOne();
+        while (m_stop == qxDecodeStop::DONE && m_in < m_end && m_roomEnd - m_out >= 2) {
+            if (*m_in >= 0x80) {
+                if (*m_in >= 0xE0 || decodePairs() == 0) decodeOne();
+            } else if (m_end - m_in >= 2 && m_in[1] >= 0x80) {
+                *m_out++ = *m_in++; // such as the blank between two words
+            } else {
+                break;
+            }
+        }
     }
 
     const unsigned char* m_in;
@@ -106,6 +113,22 @@ public:
     bool m_hasPairs = false;
 
 private:
+    /// Decodes characters of two bytes, up to eight at once, and returns how many.
+    unsigned int decodePairs()
+    {
+        if constexpr (std::endian::native != std::endian::little) return 0;
+        if (m_end - m_in < 16 || m_roomEnd - m_out < 8) return 0;
+        qxTokenVector pairs; // each the lead byte and, above it, the other
+        std::memcpy(&pairs, m_in, sizeof pairs);
+        const qxTokenAnswers others = ((pairs & 0xC0E0) != 0x80C0) | ((pairs & 0x1E) == 0);
+        const qxTokenVector tokens = (pairs & 0x1F) << 6 | (pairs >> 8 & 0x3F);
+        std::memcpy(m_out, &tokens, sizeof tokens);
+        const unsigned int count = qxFirstAnswer(others);
+        m_in += 2 * count;
+        m_out += count;
+        return count;
+    }
+
     void decodeOne()
     {
         const unsigned int lead = *m_in;

@@ -27,18 +27,18 @@ inline qxTokenVector qxLoadTokens(const char16_t* tokens)
 /// The index of the first yes; 8 when there is none.
 inline unsigned int qxFirstAnswer(qxTokenAnswers answers)
 {
-    struct Halves {
-        qxUInt64 low;
-        qxUInt64 high;
-    };
-    const Halves halves = std::bit_cast<Halves>(answers);
-    const auto lanesBefore = [](qxUInt64 half) {
-        const bool isLittle = std::endian::native == std::endian::little;
-        return static_cast<unsigned int>(isLittle ? std::countr_zero(half) : std::countl_zero(half)) / 16;
-    };
-    if (halves.low != 0) return lanesBefore(halves.low);
-    if (halves.high != 0) return 4 + lanesBefore(halves.high);
-    return 8;
+    typedef unsigned char Bytes __attribute__((vector_size(8)));
+    const auto bits = std::bit_cast<qxUInt64>(__builtin_convertvector(answers, Bytes));
+    const bool isLittle = std::endian::native == std::endian::little;
+    return static_cast<unsigned int>(isLittle ? std::countr_zero(bits) : std::countl_zero(bits)) / 8;
+}
+
+/// Writes the low bytes of eight tokens.
+inline void qxStoreLowBytes(char* out, qxTokenVector tokens)
+{
+    typedef unsigned char Bytes __attribute__((vector_size(8)));
+    const Bytes bytes = __builtin_convertvector(tokens, Bytes);
+    std::memcpy(out, &bytes, sizeof bytes);
 }
 
 /// The first token from `from` on for which `isStop` says yes, or `end`. `isStop` takes a qxTokenVector or one

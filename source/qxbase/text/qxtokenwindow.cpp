@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr unsigned short LINE_FEED = 10; // clang refuses character literals beside vectors
-constexpr std::size_t BEHIND = 8; // tokens that can be read behind the last
+constexpr std::size_t BEHIND = 8;        // tokens that can be read behind the last
 constexpr char16_t NO_TOKENS[BEHIND] = {0};
 constexpr unsigned char MARK_UTF8[] = {0xEF, 0xBB, 0xBF};
 constexpr unsigned char MARK_UTF16_LITTLE[] = {0xFF, 0xFE};
@@ -73,7 +73,7 @@ void qxTokenWindow::start(qxTokenView& view)
     m_isAtStart = true;
     m_isMarkedUTF16 = false;
     m_hasPairs = false;
-    m_faultPos = NOWHERE;
+    m_faultBegin = m_faultEnd = 0;
     m_bufferPlace = m_lastPlace = START;
     m_shiftedLine = NOWHERE;
 }
@@ -256,7 +256,9 @@ bool qxTokenWindow::decodeBlock(qxSerializeAdapter& adapter, qxTokenView& view)
 void qxTokenWindow::addFault(qxTokenView& view)
 {
     m_blockBytes = 1;
-    m_faultPos = view.bufferPos + static_cast<qxUInt64>(view.end - view.buffer);
+    const qxUInt64 position = view.bufferPos + static_cast<qxUInt64>(view.end - view.buffer);
+    if (position != m_faultEnd) m_faultBegin = position;
+    m_faultEnd = position + 1;
     const auto index = static_cast<std::size_t>(view.end - view.buffer);
     m_tokens[index] = 0;
     m_tokens[index + 1] = 0;

@@ -48,7 +48,7 @@ public:
 
     void setHistory(std::size_t tokens) { m_history = tokens; }
     void setFaultWarning(bool on) { m_warns = on; }
-    bool isFault(qxUInt64 position) const { return position == m_faultPos; }
+    bool isFault(qxUInt64 position) const { return position >= m_faultBegin && position < m_faultEnd; }
 
     /// The farthest position that was reached: what lies too far behind it cannot be given back.
     qxUInt64 reached(const qxTokenView& view);
@@ -105,7 +105,8 @@ private:
     bool m_isMarkedUTF16 = false;
     bool m_warns = true;
     bool m_hasPairs = false; // some token may be a surrogate
-    qxUInt64 m_faultPos = NOWHERE;
+    qxUInt64 m_faultBegin = 0; // the faulty bytes met last, which stand side by side
+    qxUInt64 m_faultEnd = 0;
 
     static constexpr Place START = {0, 1, 0, 0};
     Place m_bufferPlace = START;       // of the oldest token

@@ -115,28 +115,57 @@ inline bool qxIsXmlChar(unsigned int token)
     return token < 0xD800 || (token >= 0xE000 && token < 0xFFFE);
 }
 
-/// Stops where a run of characters ends: at up to three tokens of syntax, and at all that is no character by
-/// itself, surrogates included.
-///
-/// The same test for one token and for eight; clang refuses character literals beside vectors.
+/// Up to three tokens that end a run of characters.
 struct qxXmlStop {
     unsigned short first;
     unsigned short second;
     unsigned short third;
 
-    bool operator()(unsigned short token) const
-    {
-        return token == first || token == second || token == third || token >= 0xD800 ||
-               (token < 0x20 && !qxIsXmlChar(token));
-    }
-
-    qxTokenAnswers operator()(qxTokenVector tokens) const
-    {
-        const qxTokenAnswers syntax = (tokens == first) | (tokens == second) | (tokens == third);
-        const qxTokenAnswers space = (tokens == 9) | (tokens == 10) | (tokens == 13);
-        // One unsigned comparison finds both those below 32 and those from 0xD800 on.
-        const qxTokenVector shifted = tokens - 0x20;
-        const qxTokenAnswers outside = shifted >= 0xD7E0;
-        return syntax | (outside & ~space);
-    }
+    bool has(unsigned int token) const { return token == first || token == second || token == third; }
 };
+
+/// Eight tokens: those in `stop`, those that are no character of ASCII, and with `isWide` not those from 128 up to
+/// the surrogates.
+template <bool isWide>
+inline qxTokenAnswers qxStopsXmlText(qxTokenVector tokens, const qxXmlStop& stop)
+{
+    const qxTokenAnswers syntax = (tokens == stop.first) | (tokens == stop.second) | (tokens == stop.third);
+    const qxTokenAnswers space =
+        (tokens == 9) | (tokens == 10) | (tokens == 13); // clang refuses literals here
+    // One unsigned comparison finds both those below 32 and those above the range.
+    const qxTokenVector shifted = tokens - 0x20;
+    const qxTokenAnswers outside = shifted >= static_cast<unsigned short>(isWide ? 0xD7E0 : 0x60);
+    return syntax | (outside & ~space);
+}
+
+/// Skips characters up to one of `stop`, a token from 0xD800 on, or what is no character. The 0 behind the window
+/// stops it too, so that no end is needed; it reads up to seven tokens beyond.
+inline const char16_t* qxSkipXmlText(const char16_t* from, const qxXmlStop& stop)
+{
+    for (;;) {
+        const unsigned int plain = qxFirstAnswer(qxStopsXmlText<true>(qxLoadTokens(from), stop));
+        from += plain;
+        if (plain < 8) return from;
+    }
+}
+
+/// Writes the tokens as bytes up to the first one of `stop`, beyond ASCII or no character, but not from `limit` on.
+/// The 0 behind the window stops it too. It reads up to seven tokens beyond, and `out` has room for as many.
+inline const char16_t* qxCopyPlainXmlText(const char16_t* from, const char16_t* limit, const qxXmlStop& stop,
+                                          char* out)
+{
+    while (from < limit) {
+        const qxTokenVector tokens = qxLoadTokens(from);
+        qxStoreLowBytes(out, tokens);
+        const unsigned int plain = qxFirstAnswer(qxStopsXmlText<false>(tokens, stop));
+        from += plain;
+        out += plain;
+        if (plain < 8) break;
+    }
+    return from;
+}
+
+/// Copies characters as UTF-8 to `out`, up to one of `stop`, to what is no character, or to `limit`, which is at most
+/// the end of the window. Also stops before a character of two tokens that `limit` cuts apart. Writes up to 16 bytes
+/// behind the text. `out` has room for three bytes a token.
+const char16_t* qxCopyXmlText(const char16_t* from, const char16_t* limit, const qxXmlStop& stop, char*& out);

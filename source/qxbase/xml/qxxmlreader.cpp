@@ -55,60 +55,58 @@ std::size_t seededHash(std::string_view text)
 
 } // namespace
 
-void qxXmlNameCache::enter(Slot& slot, const char16_t* tokens, std::size_t length)
+void qxXmlBytes::grow(std::size_t count)
 {
-    std::vector<char> bytes(3 * length);
-    slot.name.assign(bytes.data(), qxTokensToUTF8(tokens, length, bytes.data()));
+    const std::size_t room = 2 * (m_used + count) + 64;
+    auto bytes = std::make_unique_for_overwrite<char[]>(room);
+    if (m_used > 0) std::memcpy(bytes.get(), m_bytes.get(), m_used);
+    m_bytes = std::move(bytes);
+    m_room = room;
+}
+
+void qxXmlBytes::clear()
+{
+    m_used = 0;
+    if (m_room <= 65536) return;
+    m_bytes.reset();
+    m_room = 0;
+}
+
+void qxXmlNameCache::enter(Slot& slot, const char16_t* tokens, std::size_t length, qxUInt64 key)
+{
+    slot.byteCount = static_cast<unsigned int>(qxTokensToUTF8(tokens, length, slot.bytes));
+    qxStringRefill::set(slot.name, slot.bytes, slot.byteCount);
+    slot.key = key;
     slot.stamp = ++m_lastStamp;
-    if (length > LONGEST) return;
     slot.length = static_cast<unsigned int>(length);
     std::memcpy(slot.tokens, tokens, length * sizeof(char16_t));
 }
 
-bool qxXmlAttributeList::append(std::size_t first, const qxString& name)
+qxXmlNameCache::Slot& qxXmlNameCache::enterLong(const char16_t* tokens, std::size_t length, qxUInt64 key)
 {
-    const std::string_view text(name.getString(), name.length());
+    std::vector<char> bytes(3 * length);
+    m_long.byteCount = static_cast<unsigned int>(qxTokensToUTF8(tokens, length, bytes.data()));
+    m_long.name = qxString(bytes.data(), m_long.byteCount);
+    m_long.key = key;
+    m_long.stamp = ++m_lastStamp;
+    return m_long;
+}
+
+bool qxXmlAttributeList::appendToMany(std::size_t first, const qxXmlNameCache::Slot& slot)
+{
     const std::size_t index = m_attributes.size();
-    if (find(first, index, text) != index) return false;
-    std::memcpy(makeRoom(text.size()), text.data(), text.size());
-    m_attributes.push_back({m_used, static_cast<unsigned int>(text.size()), 0});
-    m_used += text.size();
-    if (index - first >= FEW) {
-        if (m_indexFirst != first || m_indexed != index || m_index.empty())
-            buildIndex(first);
-        else
-            enterIndex(index);
-    }
+    if (m_indexFirst != first || m_indexed != index || m_index.empty()) buildIndex(first);
+    if (findIndexed(first, index, viewOf(slot.name)) != index) return false;
+    add(slot);
+    enterIndex(index);
     return true;
-}
-
-void qxXmlAttributeList::setValue(const char16_t* tokens, std::size_t count)
-{
-    const std::size_t length = qxTokensToUTF8(tokens, count, makeRoom(3 * count));
-    m_attributes.back().valueLength = static_cast<unsigned int>(length);
-    m_used += length;
-}
-
-void qxXmlAttributeList::setValue(const qxString& value)
-{
-    m_used -= m_attributes.back().valueLength;
-    std::memcpy(makeRoom(value.length()), value.getString(), value.length());
-    m_attributes.back().valueLength = value.length();
-    m_used += value.length();
-}
-
-char* qxXmlAttributeList::makeRoom(std::size_t bytes)
-{
-    if (m_bytes.size() - m_used < bytes) m_bytes.resize(2 * (m_used + bytes) + 1024);
-    return m_bytes.data() + m_used;
 }
 
 std::size_t qxXmlAttributeList::find(std::size_t first, std::size_t end, std::string_view name) const
 {
-    if (end - first > FEW && m_indexFirst == first && m_indexed == end && !m_index.empty())
-        return findIndexed(first, end, name);
+    if (end - first > FEW && m_indexFirst == first && m_indexed >= end) return findIndexed(first, end, name);
     for (std::size_t i = first; i < end; ++i) {
-        if (m_attributes[i].nameLength == name.size() && nameOf(i) == name) return i;
+        if (nameOf(i) == name) return i;
     }
     return end;
 }
@@ -118,7 +116,7 @@ std::size_t qxXmlAttributeList::findIndexed(std::size_t first, std::size_t end, 
     const std::size_t mask = m_index.size() - 1;
     for (std::size_t place = seededHash(name) & mask; m_index[place] != 0; place = (place + 1) & mask) {
         const std::size_t index = first + m_index[place] - 1;
-        if (nameOf(index) == name) return index;
+        if (nameOf(index) == name) return index < end ? index : end;
     }
     return end;
 }
@@ -145,17 +143,19 @@ void qxXmlAttributeList::clear()
 {
     m_attributes.clear();
     release(m_attributes);
-    release(m_bytes);
+    m_bytes.clear();
+    m_index.clear();
     release(m_index);
-    m_used = m_indexFirst = m_indexed = 0;
+    m_indexFirst = m_indexed = 0;
 }
 
 const qxString* qxXmlReaderState::textOf(const char16_t* tokens, std::size_t count)
 {
     if (count > qxString::MAX_LENGTH) return nullptr; // a token takes a byte or more
-    if (m_scratch.size() < 3 * count) m_scratch.resize(3 * count + 1024);
-    const std::size_t length = qxTokensToUTF8(tokens, count, m_scratch.data());
-    return length > qxString::MAX_LENGTH ? nullptr : &texts.make(m_scratch.data(), length);
+    text.cut(0);
+    char* const bytes = text.reserve(3 * count);
+    const std::size_t length = qxTokensToUTF8(tokens, count, bytes);
+    return length > qxString::MAX_LENGTH ? nullptr : &texts.make(bytes, length);
 }
 
 void qxXmlReaderState::clear()
@@ -165,6 +165,7 @@ void qxXmlReaderState::clear()
     release(m_nameTokens);
     m_nameTokensUsed = 0;
     attributes.clear();
+    text.clear();
     isInIntSubset = false;
     isAttributePending = false;
 }

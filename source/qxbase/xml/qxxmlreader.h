@@ -3,14 +3,70 @@
 
 #pragma once
 
+#include "core/qxstringrefill.h"
 #include "qxstring.h"
 #include "text/qxtokencodec.h"
 
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
+
+/// Bytes that grow at the end. Some memory behind them can be read.
+class qxXmlBytes
+{
+public:
+    const char* data() const { return m_bytes.get(); }
+    char* end() { return m_bytes.get() + m_used; }
+    std::size_t size() const { return m_used; }
+
+    /// Makes room for `count` bytes more and returns where they belong.
+    char* reserve(std::size_t count)
+    {
+        if (m_room - m_used < count + BEHIND) grow(count + BEHIND);
+        return end();
+    }
+
+    /// Takes bytes that were written behind the end.
+    void add(std::size_t count) { m_used += count; }
+    void append(const char* bytes, std::size_t count)
+    {
+        std::memcpy(reserve(count), bytes, count);
+        m_used += count;
+    }
+    void cut(std::size_t size) { m_used = size; }
+
+    /// Forgets all and gives much memory back.
+    void clear();
+
+private:
+    static constexpr std::size_t BEHIND = 16;
+
+    void grow(std::size_t count);
+
+    std::unique_ptr<char[]> m_bytes;
+    std::size_t m_room = 0;
+    std::size_t m_used = 0;
+};
+
+/// Whether two runs of 1 or more tokens are equal. Up to three tokens behind both are read.
+inline bool qxSameTokens(const char16_t* left, const char16_t* right, std::size_t count)
+{
+    const auto difference = [left, right](std::size_t index) {
+        qxUInt64 one = 0;
+        qxUInt64 other = 0;
+        std::memcpy(&one, left + index, sizeof one);
+        std::memcpy(&other, right + index, sizeof other);
+        return one ^ other;
+    };
+    if (count < 4) return (difference(0) & ((1ULL << (16 * count)) - 1)) == 0;
+    for (std::size_t i = 0; i + 4 <= count; i += 4) {
+        if (difference(i) != 0) return false;
+    }
+    return difference(count - 4) == 0;
+}
 
 /// Names as they stand in the document, with the strings made of them.
 ///
@@ -19,12 +75,17 @@
 class qxXmlNameCache
 {
 public:
-    static constexpr std::size_t LONGEST = 30; ///< tokens of a name that is kept
+    static constexpr std::size_t LONGEST = 28; ///< tokens of a name that is kept
+    static constexpr std::size_t BYTES =
+        LONGEST * 3 + 12; ///< room for such a name as UTF-8, a multiple of 16
 
     struct Slot {
-        unsigned int stamp = 0; ///< changes with the name
-        unsigned int length = 0;
-        char16_t tokens[LONGEST + 2];
+        qxUInt64 key = 0;           ///< equal for equal names, mostly different for others
+        unsigned int stamp = 0;     ///< changes with the name
+        unsigned int length = 0;    ///< tokens; 0 for a name that is longer than the kept ones
+        unsigned int byteCount = 0; ///< of the name as UTF-8
+        char16_t tokens[LONGEST];
+        char bytes[BYTES];
         qxString name;
     };
 
@@ -32,31 +93,33 @@ public:
     /// the name are read, but mean nothing. The slot holds until the next call.
     Slot& find(const char16_t* tokens, std::size_t length)
     {
-        Slot& slot = length <= LONGEST ? m_slots[keyOf(tokens, length)] : m_long;
-        if (slot.length != length || std::memcmp(slot.tokens, tokens, length * sizeof(char16_t)) != 0)
-            enter(slot, tokens, length);
+        const qxUInt64 key = keyOf(tokens, length);
+        if (length > LONGEST) return enterLong(tokens, length, key);
+        Slot& slot = m_slots[key >> 56];
+        if (slot.key != key || slot.length != length || !qxSameTokens(slot.tokens, tokens, length))
+            enter(slot, tokens, length, key);
         return slot;
     }
 
 private:
-    static std::size_t keyOf(const char16_t* tokens, std::size_t length)
+    /// Made of the first and the last four tokens.
+    static qxUInt64 keyOf(const char16_t* tokens, std::size_t length)
     {
         qxUInt64 head = 0;
         qxUInt64 tail = 0;
         std::memcpy(&head, tokens, sizeof head);
-        if (length < 4) {
+        if (length < 4)
             head &= (1ULL << (16 * length)) - 1;
-        } else {
+        else
             std::memcpy(&tail, tokens + length - 4, sizeof tail);
-        }
-        const qxUInt64 mixed = (head ^ (tail << 13 | tail >> 51) ^ length) * 0x9E3779B97F4A7C15ULL;
-        return static_cast<std::size_t>(mixed >> 56);
+        return (head ^ (tail << 13 | tail >> 51) ^ length) * 0x9E3779B97F4A7C15ULL;
     }
 
-    void enter(Slot& slot, const char16_t* tokens, std::size_t length);
+    void enter(Slot& slot, const char16_t* tokens, std::size_t length, qxUInt64 key);
+    Slot& enterLong(const char16_t* tokens, std::size_t length, qxUInt64 key);
 
     std::array<Slot, 256> m_slots;
-    Slot m_long; // its `length` stays 0: it is made anew each time
+    Slot m_long; // made anew each time
     unsigned int m_lastStamp = 0;
 };
 
@@ -64,11 +127,14 @@ private:
 class qxXmlTextStrings
 {
 public:
-    /// A string of these bytes, at most 65,535; valid until the next call.
+    /// A string of these bytes, at most 65,535; valid until the next call. Up to 15 bytes behind them are read,
+    /// but mean nothing.
     const qxString& make(const char* bytes, std::size_t count)
     {
         if (count == 0) return m_empty;
-        return m_strings[sizeClass(count)].assign(bytes, count);
+        qxString& text = m_strings[sizeClass(count)];
+        qxStringRefill::set(text, bytes, count);
+        return text;
     }
 
 private:
@@ -88,12 +154,6 @@ private:
 class qxXmlAttributeList
 {
 public:
-    struct Attribute {
-        std::size_t begin; ///< of the name in the bytes; the value stands behind it
-        unsigned int nameLength;
-        unsigned int valueLength;
-    };
-
     std::size_t size() const { return m_attributes.size(); }
     std::string_view nameOf(std::size_t index) const
     {
@@ -107,11 +167,49 @@ public:
 
     /// Appends an attribute without a value; false when one of this name is there from `first` on, the
     /// attributes of one element.
-    bool append(std::size_t first, const qxString& name);
+    bool append(std::size_t first, const qxXmlNameCache::Slot& slot)
+    {
+        const std::size_t index = m_attributes.size();
+        if (index - first >= FEW) return appendToMany(first, slot);
+        for (std::size_t i = first; i < index; ++i) {
+            if (m_attributes[i].key == slot.key && nameOf(i) == viewOf(slot.name)) return false;
+        }
+        add(slot);
+        return true;
+    }
 
-    /// Gives the last attribute its value.
-    void setValue(const char16_t* tokens, std::size_t count);
-    void setValue(const qxString& value);
+    /// Appends an attribute whose name and value were written behind the end of the bytes. False when it may be
+    /// there already, or when there are many: then append finds out.
+    bool appendWritten(std::size_t first, const qxXmlNameCache::Slot& slot, std::size_t valueLength)
+    {
+        const std::size_t index = m_attributes.size();
+        if (index - first >= FEW) return false;
+        for (std::size_t i = first; i < index; ++i) {
+            if (m_attributes[i].key == slot.key) return false;
+        }
+        m_attributes.push_back(
+            {m_bytes.size(), slot.byteCount, static_cast<unsigned int>(valueLength), slot.key});
+        m_bytes.add(slot.byteCount + valueLength);
+        return true;
+    }
+
+    /// The memory behind the last attribute's name: its value is written there.
+    qxXmlBytes& bytes() { return m_bytes; }
+
+    /// Makes the bytes behind the last attribute's name its value.
+    void takeValue()
+    {
+        Attribute& last = m_attributes.back();
+        last.valueLength = static_cast<unsigned int>(m_bytes.size() - last.begin - last.nameLength);
+    }
+
+    /// Replaces the last attribute's value.
+    void setValue(const qxString& value)
+    {
+        m_bytes.cut(m_attributes.back().begin + m_attributes.back().nameLength);
+        m_bytes.append(value.getString(), value.length());
+        takeValue();
+    }
 
     /// The attribute of this name from `first` up to `end`; `end` when there is none.
     std::size_t find(std::size_t first, std::size_t end, std::string_view name) const;
@@ -120,7 +218,7 @@ public:
     void cut(std::size_t first)
     {
         if (m_attributes.size() == first) return;
-        m_used = m_attributes[first].begin;
+        m_bytes.cut(m_attributes[first].begin);
         m_attributes.resize(first);
         if (m_indexed > first) m_indexed = m_indexFirst = first;
     }
@@ -128,16 +226,30 @@ public:
     void clear();
 
 private:
-    static constexpr std::size_t FEW = 12; // attributes of an element that are compared one by one
+    static constexpr std::size_t FEW = 16; // attributes of an element that are compared one by one
 
-    char* makeRoom(std::size_t bytes);
+    struct Attribute {
+        std::size_t begin; // of the name in the bytes; the value stands behind it
+        unsigned int nameLength;
+        unsigned int valueLength;
+        qxUInt64 key; // of the name's slot
+    };
+
+    static std::string_view viewOf(const qxString& text) { return {text.getString(), text.length()}; }
+
+    void add(const qxXmlNameCache::Slot& slot)
+    {
+        m_attributes.push_back({m_bytes.size(), slot.name.length(), 0, slot.key});
+        m_bytes.append(slot.name.getString(), slot.name.length());
+    }
+
+    bool appendToMany(std::size_t first, const qxXmlNameCache::Slot& slot);
     std::size_t findIndexed(std::size_t first, std::size_t end, std::string_view name) const;
     void enterIndex(std::size_t index);
     void buildIndex(std::size_t first);
 
     std::vector<Attribute> m_attributes;
-    std::vector<char> m_bytes;
-    std::size_t m_used = 0; // of the bytes
+    qxXmlBytes m_bytes;
 
     // An open hash table over the attributes of the element that has many; its hash is seeded, so that no
     // document can choose names that fall together.
@@ -161,14 +273,15 @@ class qxXmlReaderState
 {
 public:
     static constexpr qxUInt64 NOT_KEPT = ~0ULL;
+    static constexpr unsigned int HISTORY =
+        64; ///< tokens that stay in the window; productions hold what they need
 
     bool isReading = false;
     bool isInIntSubset = false;      ///< of the document type, where few parameter references are allowed
     bool isAttributePending = false; ///< the last attribute has no value yet
 
-    qxUInt64 valuePos = 0; ///< of the attribute value read last, without its quotes
-    std::size_t valueLength = 0;
     qxString attributeName; ///< of the last attribute when its slot has gone
+    qxXmlBytes text;        ///< of the run that is being read
 
     qxXmlNameCache names;
     qxXmlTextStrings texts;
@@ -181,8 +294,10 @@ public:
     void push(qxXmlNameCache::Slot& slot, const char16_t* tokens, std::size_t length)
     {
         const std::size_t begin = m_nameTokensUsed;
-        if (m_nameTokens.size() - begin < length + 4) m_nameTokens.resize(2 * (begin + length) + 256);
-        std::memcpy(m_nameTokens.data() + begin, tokens, length * sizeof(char16_t));
+        if (m_nameTokens.size() - begin < length + 8) m_nameTokens.resize(2 * (begin + length) + 256);
+        // Eight at a time is cheaper than exactly the tokens; the window can be read that far.
+        for (std::size_t i = 0; i < length; i += 8)
+            std::memcpy(m_nameTokens.data() + begin + i, tokens + i, 8 * sizeof(char16_t));
         m_nameTokensUsed += length;
         levels.push_back(
             {begin, static_cast<unsigned int>(length), slot.stamp, &slot, attributes.size(), NOT_KEPT});
@@ -230,5 +345,4 @@ public:
 private:
     std::vector<char16_t> m_nameTokens;
     std::size_t m_nameTokensUsed = 0;
-    std::vector<char> m_scratch;
 };

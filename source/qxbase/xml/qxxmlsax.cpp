@@ -22,7 +22,7 @@ public:
         sax.setBusy(true);
         sax.m_errorCheck = 0;
         sax.m_documentType.clear();
-        sax.setHistory(HISTORY);
+        sax.setHistory(qxXmlReaderState::HISTORY);
         sax.m_flags &= static_cast<unsigned char>(~(FLAG_VALUE_BASE64 | FLAG_VALUE_HEX | FLAG_IN_ATTRIBUTE));
         sax.m_flags |= FLAG_NOTIFY;
         sax.reader().clear();
@@ -44,8 +44,6 @@ public:
     Reading& operator=(const Reading&) = delete;
 
 private:
-    static constexpr unsigned int HISTORY = 64; // tokens; what the productions need they hold
-
     qxXmlSax& m_sax;
     const bool m_wasUtf8;
 };

@@ -74,7 +74,7 @@ qxParseResult qxXmlSax::XML_read_09()
     if (quote != u'"' && quote != u'\'') return QX_PARSE_NO_MATCH;
     ++m_view.current;
     for (;;) {
-        if (!skipTo({0, 0, 0}, quote, u'%', u'&')) failCheck(901);
+        if (!skipTo({0, 0, 0}, {quote, u'%', u'&'})) failCheck(901);
         if (*m_view.current == quote) break;
         if (*m_view.current == u'&')
             XML_read_67();
@@ -93,17 +93,19 @@ qxParseResult qxXmlSax::XML_read_10()
     if (quote != u'"' && quote != u'\'') return QX_PARSE_NO_MATCH;
     const Hold hold(*this);
     const Run run = {hold.getStart(), hold.getStart() + 1, 1003};
+    qxXmlBytes& value = reader().attributes.bytes(); // behind the name of the attribute that it belongs to
+    const std::size_t begin = value.size();
     ++m_view.current;
     for (;;) {
-        if (!skipTo(run, quote, u'&', u'<')) failCheck(1002);
+        if (!copyTo(run, {quote, u'&', u'<'}, value, begin)) failCheck(1002);
         if (*m_view.current == quote) break;
         if (*m_view.current == u'<') failCheck(1001);
+        const Hold reference(*this);
         XML_read_67();
+        const auto length = static_cast<std::size_t>(getTokenPos() - reference.getStart());
+        value.add(qxTokensToUTF8(reference.begin(), length, value.reserve(3 * length)));
+        if (value.size() - begin > qxString::MAX_LENGTH) failCheckAt(run.begin, run.check);
     }
-    qxXmlReaderState& state = reader();
-    state.valuePos = run.body;
-    state.valueLength = static_cast<std::size_t>(getTokenPos() - run.body);
-    if (state.valueLength > qxString::MAX_LENGTH / 3) textSince(run); // refuses one that is too long
     ++m_view.current;
     return QX_PARSE_OK;
 }
@@ -113,7 +115,7 @@ qxParseResult qxXmlSax::XML_read_11()
     const char16_t quote = peek(0);
     if (quote != u'"' && quote != u'\'') return QX_PARSE_NO_MATCH;
     ++m_view.current;
-    if (!skipTo({0, 0, 0}, quote, quote, quote)) failCheck(1101);
+    if (!skipTo({0, 0, 0}, {quote, quote, quote})) failCheck(1101);
     ++m_view.current;
     return QX_PARSE_OK;
 }

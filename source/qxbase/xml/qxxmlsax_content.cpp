@@ -9,6 +9,8 @@ namespace
 {
 
 constexpr std::string_view FUNCTION = "function:";
+constexpr std::string_view ENCODING = "encoding";
+constexpr std::size_t SHORT_TEXT = 1024; // tokens
 
 bool isFunction(std::string_view text)
 {
@@ -51,31 +53,56 @@ qxParseResult qxXmlSax::XML_read_01()
 
 qxParseResult qxXmlSax::XML_read_14()
 {
-    if (!isNotifyingItemType(QX_XML_CHARDATA))
-        return skipCharData({getTokenPos(), getTokenPos(), 0}) ? QX_PARSE_OK : QX_PARSE_NO_MATCH;
+    const qxUInt64 start = getTokenPos();
+    const Run run = {start, start, isNotifyingItemType(QX_XML_CHARDATA) ? 1402U : 0U};
+    if (run.check == 0) {
+        while (skipTo(run, {u'<', u'&', u']'}) && !isEndOfText()) ++m_view.current;
+        return getTokenPos() == start ? QX_PARSE_NO_MATCH : QX_PARSE_OK;
+    }
+
+    qxXmlReaderState& state = reader();
+    state.text.cut(0);
+    if (const std::size_t length = copyShortText(state.text.reserve(SHORT_TEXT + 16))) {
+        const qxString& text = state.texts.make(state.text.data(), length);
+        if (!isFunction(viewOf(text))) {
+            m_view.current += length;
+            goOn(onCharData(text, state.level()));
+            return QX_PARSE_OK;
+        }
+    }
 
     const Hold hold(*this);
-    const Run run = {hold.getStart(), hold.getStart(), 1402};
-    if (!skipCharData(run)) return QX_PARSE_NO_MATCH;
-    const qxString& text = textSince(run);
-    const unsigned int level = getCurrentElementLevel();
+    while (copyTo(run, {u'<', u'&', u']'}, state.text, 0) && !isEndOfText()) {
+        *state.text.reserve(1) = ']';
+        state.text.add(1);
+        ++m_view.current;
+    }
+    if (state.text.size() == 0) return QX_PARSE_NO_MATCH;
+    if (state.text.size() > qxString::MAX_LENGTH) failCheckAt(run.begin, run.check);
+    const qxString& text = state.texts.make(state.text.data(), state.text.size());
     if (!isFunction(viewOf(text))) {
-        goOn(onCharData(text, level));
+        goOn(onCharData(text, state.level()));
     } else {
         const qxString argument(text.getString() + FUNCTION.size(), text.length() - FUNCTION.size());
-        goOn(onCharData(onFunction(argument, level), level));
+        goOn(onCharData(onFunction(argument, state.level()), state.level()));
     }
     return QX_PARSE_OK;
 }
 
-/// Takes text up to "<", "&", "]]>" or what is no character; false when there is none.
-bool qxXmlSax::skipCharData(const Run& run)
+/// Copies text that is short, of ASCII, whole in the window and ends in "<" or "&": nearly all there is between tags.
+/// Returns its length, 0 when it is something else, and takes nothing.
+std::size_t qxXmlSax::copyShortText(char* out)
 {
-    while (skipTo(run, u'<', u'&', u']')) {
-        if (*m_view.current != u']' || (peek(1) == u']' && peek(2) == u'>')) break;
-        ++m_view.current;
-    }
-    return getTokenPos() != run.begin;
+    const qxXmlStop stop = {u'<', u'&', u']'};
+    const char16_t* const end = qxCopyPlainXmlText(m_view.current, m_view.current + SHORT_TEXT, stop, out);
+    return end < m_view.end && (*end == u'<' || *end == u'&') ? static_cast<std::size_t>(end - m_view.current)
+                                                              : 0;
+}
+
+/// Whether text ends at the next token, one of "<", "&" and "]": a bracket only where "]]>" stands.
+bool qxXmlSax::isEndOfText()
+{
+    return *m_view.current != u']' || (peek(1) == u']' && peek(2) == u'>');
 }
 
 qxParseResult qxXmlSax::XML_read_15()
@@ -86,7 +113,7 @@ qxParseResult qxXmlSax::XML_read_15()
     expect(u'-', 1501);
     const Run run = {hold.getStart(), getTokenPos(), 1504};
     for (;;) {
-        if (!skipTo(run, u'-', u'-', u'-')) failCheck(1502);
+        if (!skipTo(run, {u'-', u'-', u'-'})) failCheck(1502);
         if (peek(1) == u'-') break;
         ++m_view.current;
     }
@@ -109,7 +136,7 @@ qxParseResult qxXmlSax::XML_read_16()
 
     const Run run = {hold.getStart(), getTokenPos(), 1604};
     for (;;) {
-        if (!skipTo(run, u'?', u'?', u'?')) failCheck(1603);
+        if (!skipTo(run, {u'?', u'?', u'?'})) failCheck(1603);
         if (peek(1) == u'>') break;
         ++m_view.current;
     }
@@ -162,7 +189,7 @@ qxParseResult qxXmlSax::XML_read_20()
 /// Takes characters up to "]]>" or the first that is none.
 void qxXmlSax::skipCData(const Run& run)
 {
-    while (skipTo(run, u']', u']', u']')) {
+    while (skipTo(run, {u']', u']', u']'})) {
         if (peek(1) == u']' && peek(2) == u'>') break;
         ++m_view.current;
     }
@@ -282,6 +309,7 @@ qxParseResult qxXmlSax::XML_read_40()
     if (isNotifyingItemType(QX_XML_ELEMENT)) goOn(onElementStart(slot.name, state.level()));
 
     for (;;) {
+        if (readPlainAttribute()) continue;
         const bool hadSpace = skipSpace();
         const char16_t token = peek(0);
         if (token == u'>' || token == u'/') break;
@@ -293,6 +321,41 @@ qxParseResult qxXmlSax::XML_read_40()
     return QX_PARSE_OK;
 }
 
+/// Reads an attribute with the white space before it when it has the usual form: of ASCII, without references,
+/// short, whole in the window, and nothing special about it. False, with nothing taken, for every other.
+bool qxXmlSax::readPlainAttribute()
+{
+    const char16_t* from = m_view.current;
+    if (!qxIsXmlClass(*from, QX_XML_CLASS_SPACE)) return false;
+    while (qxIsXmlClass(*from, QX_XML_CLASS_SPACE)) ++from;
+    const char16_t* const name = from;
+    if (!qxIsXmlClass(*from, QX_XML_CLASS_START)) return false;
+    while (qxIsXmlClass(*from, QX_XML_CLASS_NAME)) ++from;
+    const auto nameLength = static_cast<std::size_t>(from - name);
+    if (*from != u'=' || nameLength > qxXmlNameCache::LONGEST) return false;
+    if (nameLength == ENCODING.size() && (*name | 0x20) == u'e') return false; // perhaps that one
+    const char16_t quote = *++from;
+    if (quote != u'"' && quote != u'\'') return false;
+    const char16_t* const value = ++from;
+    if (*value == u'f') return false; // perhaps a function
+
+    qxXmlReaderState& state = reader();
+    const qxXmlNameCache::Slot& slot = state.names.find(name, nameLength);
+    char* const bytes = state.attributes.bytes().reserve(qxXmlNameCache::BYTES + SHORT_TEXT + 16);
+    for (std::size_t i = 0; i < nameLength; i += 16) std::memcpy(bytes + i, slot.bytes + i, 16);
+    char* const text = bytes + nameLength;
+    from = qxCopyPlainXmlText(value, value + SHORT_TEXT, {quote, u'&', u'<'}, text);
+    if (from >= m_view.end || *from != quote) return false;
+    const auto length = static_cast<std::size_t>(from - value);
+    if (!state.attributes.appendWritten(state.levels.back().firstAttribute, slot, length)) return false;
+    m_view.current = from + 1;
+    if (!isNotifyingItemType(QX_XML_ATTRIBUTE)) return true;
+    setFlag(FLAG_IN_ATTRIBUTE, true);
+    goOn(onAttribute(slot.name, state.texts.make(text, length), state.level()));
+    setFlag(FLAG_IN_ATTRIBUTE, false);
+    return true;
+}
+
 qxParseResult qxXmlSax::XML_read_41()
 {
     if (!startsName(0)) return QX_PARSE_NO_MATCH;
@@ -301,40 +364,48 @@ qxParseResult qxXmlSax::XML_read_41()
     const Name name = scanName();
     qxXmlNameCache::Slot& slot = state.names.find(name.tokens, name.length);
     const std::size_t first = state.levels.empty() ? 0 : state.levels.back().firstAttribute;
-    if (!state.attributes.append(first, slot.name)) failCheckAt(getTokenPos() - name.length, 4102);
+    if (!state.attributes.append(first, slot)) failCheckAt(getTokenPos() - name.length, 4102);
     state.isAttributePending = true;
     const unsigned int stamp = slot.stamp;
 
-    XML_read_25();
-    if (XML_read_10() != QX_PARSE_OK) failCheck(4101);
-    readAttributeValue();
+    if (peek(0) == u'=')
+        ++m_view.current;
+    else
+        XML_read_25();
+    if (XML_read_10() != QX_PARSE_OK) {
+        skipSpace();
+        if (XML_read_10() != QX_PARSE_OK) failCheck(4101);
+    }
+    takeAttributeValue();
     if (isNotifyingItemType(QX_XML_ATTRIBUTE)) {
         const std::size_t last = state.attributes.size() - 1;
-        const bool isKnown = slot.stamp == stamp; // references in the value may have taken its slot
-        if (!isKnown)
-            state.attributeName.assign(state.attributes.nameOf(last).data(),
-                                       state.attributes.nameOf(last).size());
         const std::string_view value = state.attributes.valueOf(last);
-        goOn(onAttribute(isKnown ? slot.name : state.attributeName,
-                         state.texts.make(value.data(), value.size()), state.level()));
+        const qxString& text = state.texts.make(value.data(), value.size());
+        if (slot.stamp == stamp) {
+            goOn(onAttribute(slot.name, text, state.level()));
+        } else { // references in the value took the slot
+            const std::string_view own = state.attributes.nameOf(last);
+            state.attributeName = qxString(own.data(), own.size());
+            goOn(onAttribute(state.attributeName, text, state.level()));
+        }
     }
     setFlag(FLAG_IN_ATTRIBUTE, false);
     return QX_PARSE_OK;
 }
 
 /// Gives the last attribute the value that was just read.
-void qxXmlSax::readAttributeValue()
+void qxXmlSax::takeAttributeValue()
 {
     qxXmlReaderState& state = reader();
     qxXmlAttributeList& attributes = state.attributes;
-    attributes.setValue(tokenAt(state.valuePos), state.valueLength);
+    attributes.takeValue();
     const std::size_t last = attributes.size() - 1;
     if (isFunction(attributes.valueOf(last))) {
         const std::string_view argument = attributes.valueOf(last).substr(FUNCTION.size());
         attributes.setValue(onFunction(qxString(argument.data(), argument.size()), state.level()));
     }
     state.isAttributePending = false;
-    if (!equalsLowered(attributes.nameOf(last), "encoding")) return;
+    if (!equalsLowered(attributes.nameOf(last), ENCODING)) return;
     if (equalsLowered(attributes.valueOf(last), "b64")) setFlag(FLAG_VALUE_BASE64, true);
     if (equalsLowered(attributes.valueOf(last), "hex")) setFlag(FLAG_VALUE_HEX, true);
 }
@@ -348,7 +419,7 @@ qxParseResult qxXmlSax::XML_read_42()
     const std::size_t length = level.nameLength;
     const char16_t* const name = m_view.current + 2;
     if (m_view.end - name > static_cast<std::ptrdiff_t>(length) && name[length] == u'>' &&
-        std::memcmp(name, expected, length * sizeof(char16_t)) == 0) {
+        qxSameTokens(name, expected, length)) {
         m_view.current += length + 3; // by far the most common form, in one piece
         return QX_PARSE_OK;
     }
@@ -356,8 +427,7 @@ qxParseResult qxXmlSax::XML_read_42()
     m_view.current += 2;
     if (!startsName(0)) failCheck(4202);
     const Name found = scanName();
-    if (found.length != length || std::memcmp(found.tokens, expected, length * sizeof(char16_t)) != 0)
-        failEndTag(found);
+    if (found.length != length || !qxSameTokens(found.tokens, expected, length)) failEndTag(found);
     skipSpace();
     expect(u'>', 4203);
     return QX_PARSE_OK;

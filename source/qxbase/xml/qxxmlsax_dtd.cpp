@@ -5,13 +5,11 @@
 
 #include "qxmessage.h"
 
-#include <optional>
-
 qxParseResult qxXmlSax::XML_read_28()
 {
     if (peek(0) != u'<' || peek(1) != u'!' || peek(2) != u'D') return QX_PARSE_NO_MATCH;
-    std::optional<Hold> hold;
-    if (m_keepsDocumentType) hold.emplace(*this);
+    const qxUInt64 begin = getTokenPos();
+    if (m_keepsDocumentType) setHistory(qxString::MAX_LENGTH + 1); // a longer one is not held
     const bool wasNotifying = (m_flags & FLAG_NOTIFY) != 0;
     enableNotifications(false); // comments, instructions and references in here are not the document's
     m_view.current += 2;
@@ -27,14 +25,16 @@ qxParseResult qxXmlSax::XML_read_28()
     }
     expect(u'>', 2805);
     enableNotifications(wasNotifying);
-    if (hold) storeDocumentType(hold->getStart());
+    if (m_keepsDocumentType) storeDocumentType(begin);
     return QX_PARSE_OK;
 }
 
 void qxXmlSax::storeDocumentType(qxUInt64 begin)
 {
-    const qxString* const text =
-        reader().textOf(tokenAt(begin), static_cast<std::size_t>(getTokenPos() - begin));
+    const qxString* text = nullptr;
+    if (begin >= m_view.bufferPos)
+        text = reader().textOf(tokenAt(begin), static_cast<std::size_t>(getTokenPos() - begin));
+    setHistory(qxXmlReaderState::HISTORY);
     if (text) {
         m_documentType = *text;
     } else {
@@ -308,6 +308,7 @@ qxParseResult qxXmlSax::XML_read_59()
 
 qxParseResult qxXmlSax::XML_read_60()
 {
+    reader().attributes.clear(); // of the default values read so far
     if (peek(0) != u'#') return XML_read_10();
     ++m_view.current;
     switch (peek(0)) {
@@ -381,7 +382,7 @@ qxParseResult qxXmlSax::XML_read_64()
 
 qxParseResult qxXmlSax::XML_read_65()
 {
-    while (skipTo({0, 0, 0}, u'<', u']', u']') && !isNextText(u"<![") && !isNextText(u"]]>"))
+    while (skipTo({0, 0, 0}, {u'<', u']', u']'}) && !isNextText(u"<![") && !isNextText(u"]]>"))
         ++m_view.current;
     return QX_PARSE_OK;
 }

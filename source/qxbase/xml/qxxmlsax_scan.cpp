@@ -4,6 +4,8 @@
 
 #include "xml/qxxmlchecks.h"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -48,9 +50,9 @@ void qxXmlSax::failMarkup(unsigned int check)
     failCheck(check);
 }
 
-void qxXmlSax::goOn(unsigned char answer)
+void qxXmlSax::stop()
 {
-    if (!answer) throw qxParserException(qxString(), qxParserException::REFUSED);
+    throw qxParserException(qxString(), qxParserException::REFUSED);
 }
 
 /// Takes a name that has other letters than those of ASCII or stands at the end of the window; it is a name up
@@ -73,23 +75,42 @@ qxXmlSax::Name qxXmlSax::scanNameSlowly(const char16_t* from)
     return name;
 }
 
-/// Takes characters up to one of three tokens; false when it stops before the end of the input, something that
-/// is no character, or a text that is too long.
-bool qxXmlSax::skipTo(const Run& run, unsigned short first, unsigned short second, unsigned short third)
+/// Takes characters up to one of `stop`; false when it stops before the end of the input or something that is no
+/// character. Fails when the run gets too long for a text.
+bool qxXmlSax::skipTo(const Run& run, const qxXmlStop& stop)
 {
-    const qxXmlStop stop = {first, second, third};
     while (hasData()) {
-        m_view.current = qxFindToken(m_view.current, m_view.end, stop);
-        if (m_view.current == m_view.end) {
+        m_view.current = qxSkipXmlText(m_view.current, stop);
+        if (m_view.current >= m_view.end) {
+            m_view.current = m_view.end;
             if (run.check != 0 && getTokenPos() - run.body > LONGEST_TEXT) failCheckAt(run.begin, run.check);
             continue;
         }
         const char16_t token = *m_view.current;
-        if (token == first || token == second || token == third) return true;
+        if (stop.has(token)) return true;
         if (qxIsXmlChar(token))
             ++m_view.current; // from U+E000 on
         else if (!skipPair())
             return false;
+    }
+    return false;
+}
+
+/// The same, and appends the characters to `text`, in which the run's own begin at `begin`.
+bool qxXmlSax::copyTo(const Run& run, const qxXmlStop& stop, qxXmlBytes& text, std::size_t begin)
+{
+    constexpr std::ptrdiff_t PIECE = 4096; // tokens
+    while (hasData()) {
+        const char16_t* const limit = m_view.current + std::min(m_view.end - m_view.current, PIECE);
+        char* const out = text.reserve(3 * PIECE + 16);
+        char* outEnd = out;
+        m_view.current = qxCopyXmlText(m_view.current, limit, stop, outEnd);
+        text.add(static_cast<std::size_t>(outEnd - out));
+        if (text.size() - begin > LONGEST_TEXT) failCheckAt(run.begin, run.check);
+        if (m_view.current == limit) continue;
+        if (stop.has(*m_view.current)) return true;
+        if (!skipPair()) return false; // cut apart by the end of the window
+        text.add(qxTokensToUTF8(m_view.current - 2, 2, text.reserve(6)));
     }
     return false;
 }

@@ -1,0 +1,30 @@
+// Strings whose memory is used again for the next text.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxstring.h"
+
+#include <cstddef>
+#include <cstring>
+
+/// Sets strings without the heap where the memory that they have fits.
+class qxStringRefill
+{
+public:
+    /// Sets the text to `count` bytes, at most 65,535. Up to 15 bytes behind them are read, but mean nothing.
+    static void set(qxString& text, const char* bytes, std::size_t count)
+    {
+        const auto length = static_cast<unsigned int>(count);
+        if (length == 0 || text.m_uniqueID != 0 || !text.m_text ||
+            qxString::roomFor(length) != qxString::roomFor(text.m_length)) {
+            text.setBytes(bytes, count);
+            return;
+        }
+        // Rooms are multiples of 16, and this is cheaper than to copy exactly the bytes.
+        for (std::size_t i = 0; i < count; i += 16) std::memcpy(text.m_text + i, bytes + i, 16);
+        text.m_text[length] = 0;
+        text.m_length = static_cast<unsigned short>(length);
+        text.setHashPending();
+    }
+};

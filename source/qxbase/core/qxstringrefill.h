@@ -16,15 +16,16 @@ public:
     static void set(qxString& text, const char* bytes, std::size_t count)
     {
         const auto length = static_cast<unsigned int>(count);
-        if (length == 0 || text.m_uniqueID != 0 || !text.m_text ||
-            qxString::roomFor(length) != qxString::roomFor(text.m_length)) {
+        if (length == 0 || text.isEmpty() || text.isUnique() ||
+            qxString::roomFor(length) != qxString::roomFor(text.length())) {
             text.setBytes(bytes, count);
             return;
         }
         // Rooms are multiples of 16, and this is cheaper than to copy exactly the bytes.
+        static_assert(qxString::ROOM_STEP == 16);
         for (std::size_t i = 0; i < count; i += 16) std::memcpy(text.m_text + i, bytes + i, 16);
         text.m_text[length] = 0;
-        text.m_length = static_cast<unsigned short>(length);
+        text.m_lengthAndID = length;
         text.setHashPending();
     }
 };

@@ -8,6 +8,7 @@
 
 #include <latch>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -75,6 +76,22 @@ TEST(qxPlatformThread, theFirstProcessOfAContainerIsNotNumberOne)
     });
     if (status == NOT_ALLOWED) GTEST_SKIP() << "needs the right to make a container";
     EXPECT_EQ(status, 0);
+}
+
+TEST(qxPlatformThread, guardsForksInBothProcesses)
+{
+    static std::string calls;
+    static const bool isGuarded = [] { // once, should the test be repeated
+        qxPlatformGuardForks([] { calls += "before "; }, [] { calls += "after "; });
+        qxPlatformGuardForks([] { calls += "2 "; }, [] {});
+        return true;
+    }();
+    ASSERT_TRUE(isGuarded);
+    calls.clear();
+
+    const int status = statusOfChild([] { return calls == "2 before after " ? 0 : 1; });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(calls, "2 before after ");
 }
 
 TEST(qxPlatformThread, sleepsAtLeastItsTime)

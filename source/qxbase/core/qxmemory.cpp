@@ -2,22 +2,86 @@
 
 #include "qxmemory.h"
 
+#include "core/qxheap.h"
 #include "core/qxmemorytags.h"
+#include "platform/qxplatformthread.h"
 #include "qxerror.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+// Under a sanitizer all memory is the system's, so that it sees the faults made with it.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QX_IS_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#define QX_IS_SANITIZED
+#endif
+#endif
+
+// Initial-exec: read as an offset from the thread's base, also in the shared library.
+#if defined(__ELF__)
+#define QX_FAST_THREAD_LOCAL __attribute__((tls_model("initial-exec"))) thread_local
+#else
+#define QX_FAST_THREAD_LOCAL thread_local
+#endif
+
 namespace
 {
+
+#if defined(QX_IS_SANITIZED)
+constexpr bool USES_PAGES = false;
+#else
+constexpr bool USES_PAGES = true;
+#endif
+
+// 64 GiB of addresses, and 128 MiB of free pages kept: to return a page to the system and to get it back takes longer
+// than to fill it with a tree.
+constinit qxHeap pages(std::size_t{1} << 20, 2048);
+
+constinit QX_FAST_THREAD_LOCAL qxHeapThread* t_pages = nullptr;
+constinit QX_FAST_THREAD_LOCAL bool t_hasNoPages = false; // there are none to be had, or no longer
+
+/// Lets go of the thread's pages. What the thread destroys after this takes the system's memory.
+struct ThreadEnd {
+    ~ThreadEnd()
+    {
+        t_hasNoPages = true;
+        if (t_pages) t_pages->leave();
+        t_pages = nullptr;
+    }
+};
 
 constexpr std::size_t MAX_SIZE = PTRDIFF_MAX; // differences of pointers into a larger block would overflow
 constexpr std::size_t LINE_BYTES = 1024;      // of a report, with its line feed
 
 std::atomic<bool> reportsEnabled{true};
+
+void* systemMalloc(std::size_t size)
+{
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+bool guardForks()
+{
+    qxPlatformGuardForks([] { pages.lockForFork(); }, [] { pages.unlockAfterFork(); });
+    return true;
+}
+
+// The thread's first small block, and every one that it takes without having pages.
+[[gnu::noinline]] void* firstMalloc(std::size_t size)
+{
+    if (t_hasNoPages) return systemMalloc(size);
+    [[maybe_unused]] static const bool isGuarded = guardForks();
+    [[maybe_unused]] static thread_local const ThreadEnd end;
+    t_pages = qxHeapThread::enter(pages);
+    t_hasNoPages = !t_pages;
+    return qx_malloc(size);
+}
 
 /// The part of a report line that has been written so far. What does not fit is cut off.
 struct ReportLine {
@@ -37,8 +101,12 @@ struct ReportLine {
 
 void* qx_malloc(std::size_t size)
 {
-    if (size > MAX_SIZE) return nullptr;
-    return std::malloc(size == 0 ? 1 : size);
+    if (USES_PAGES && size <= QX_HEAP_LARGEST) {
+        qxHeapThread* const thread = t_pages;
+        if (!thread) return firstMalloc(size);
+        if (void* const block = thread->take(size)) return block;
+    }
+    return size <= MAX_SIZE ? systemMalloc(size) : nullptr;
 }
 
 void* qx_malloc(std::size_t size, std::align_val_t alignment)
@@ -57,13 +125,25 @@ void* qx_malloc(std::size_t size, std::align_val_t alignment)
 
 void qx_free(void* memory)
 {
-    std::free(memory);
+    if (!pages.contains(memory)) {
+        std::free(memory);
+    } else {
+        qxHeapThread::giveBack(pages, t_pages, memory);
+    }
 }
 
 void* qx_realloc(void* memory, std::size_t size)
 {
     if (size > MAX_SIZE) return nullptr;
-    return std::realloc(memory, size == 0 ? 1 : size);
+    if (!memory) return qx_malloc(size);
+    if (!pages.contains(memory)) return std::realloc(memory, size == 0 ? 1 : size);
+    const std::size_t room = pages.getBlockSize(memory);
+    if (size <= room && (size >= room / 2 || room <= 32)) return memory; // else moving it gains something
+    void* const moved = qx_malloc(size);
+    if (!moved) return nullptr;
+    std::memcpy(moved, memory, std::min(size, room));
+    qx_free(memory);
+    return moved;
 }
 
 void* qx_new(std::size_t size)

@@ -22,3 +22,10 @@ void qxPlatformSleep(unsigned int milliseconds);
 ///
 /// Threads: any. Errors: none.
 void qxPlatformYield();
+
+/// Has `before` called by a thread that is about to fork the process, and `after` by the same thread in the parent and
+/// by the only one of the child. Taking a lock in the one and leaving it in the other keeps what it guards in order for
+/// the child. They stay for as long as the library is loaded; of several guards the last `before` is called first.
+///
+/// Threads: any. Errors: none; nothing happens on a system whose processes do not fork.
+void qxPlatformGuardForks(void (*before)(), void (*after)());

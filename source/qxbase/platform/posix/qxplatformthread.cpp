@@ -57,3 +57,8 @@ void qxPlatformYield()
 {
     sched_yield();
 }
+
+void qxPlatformGuardForks(void (*before)(), void (*after)())
+{
+    pthread_atfork(before, after, after);
+}

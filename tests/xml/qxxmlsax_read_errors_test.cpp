@@ -3,6 +3,10 @@
 #include "qxtestsupport.h"
 #include "qxxmlevents.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
 namespace
 {
 
@@ -294,6 +298,27 @@ TEST(qxXmlSaxErrors, anExceptionOfAnotherObjectIsNotLost)
     Throwing sax;
     EXPECT_EQ(sax.readText("<a>t</a>"), "<a@1 !another 100%@1:5");
     EXPECT_EQ(messages.texts(), std::vector<std::string>{"another 100% at (Line:1,Col:5)"});
+}
+
+TEST(qxXmlSaxErrors, theDocumentationListsEveryCheck)
+{
+    const auto home = std::filesystem::path(QX_TEST_DATA).parent_path().parent_path();
+    std::ifstream file(home / "docs" / "xml-checks.md");
+    std::string listed;
+    for (std::string line; std::getline(file, line);) {
+        if (line.size() > 2 && line[0] == '|' && line[2] >= '0' && line[2] <= '9') listed += line + "\n";
+    }
+    std::size_t lines = 0;
+    for (const unsigned int* number = qxXmlCheckNumbers(); *number != 0; ++number, ++lines) {
+        std::string text = qxXmlCheckText(*number);
+        if (const std::size_t bar = text.find('|'); bar != std::string::npos) text.insert(bar, "\\");
+        const std::string row = "| " + std::to_string(*number) + " |";
+        const std::size_t begin = listed.find(row);
+        ASSERT_NE(begin, std::string::npos) << row;
+        EXPECT_NE(listed.substr(begin, listed.find('\n', begin) - begin).find(text), std::string::npos)
+            << text;
+    }
+    EXPECT_EQ(static_cast<std::size_t>(std::count(listed.begin(), listed.end(), '\n')), lines);
 }
 
 TEST(qxXmlSaxErrors, everyCheckIsExplainedAndNoOtherNumberIs)

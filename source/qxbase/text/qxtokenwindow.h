@@ -104,7 +104,7 @@ private:
     bool m_isAtStart = true;
     bool m_isMarkedUTF16 = false;
     bool m_warns = true;
-    bool m_hasPairs = false; // some token may be a surrogate
+    bool m_hasPairs = false;   // some token may be a surrogate
     qxUInt64 m_faultBegin = 0; // the faulty bytes met last, which stand side by side
     qxUInt64 m_faultEnd = 0;
 

@@ -20,8 +20,9 @@ struct qxHeapBlock {
     qxHeapBlock* next;
 };
 
-/// What threads that do not own a page say about it, changed as one word.
-struct qxHeapForeign {
+/// What threads that do not own a page say about it, changed as one word; aligned as one, or some compilers change it by
+/// a call.
+struct alignas(8) qxHeapForeign {
     std::uint16_t first; // of `count` blocks that have come back, in grains from the page's start
     std::uint16_t count;
     std::uint16_t noticeAt; // the count from which on the page is to be noticed

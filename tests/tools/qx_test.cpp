@@ -273,11 +273,12 @@ TEST_F(Tool, formatsWithoutDamagingProse)
 {
     const std::string document =
         "<?xml version=\"1.0\" standalone=\"no\"?><!DOCTYPE r [<!ENTITY x \"y\">]><r><s a='1'><t/>\n"
-        "</s><p>Some <b>bold</b> <i>text</i>.</p>\n\n<u> </u></r>";
+        "</s><p>Some <b>bold</b>\n<i>text</i>\n</p>\n\n<q>&amp;\n<b> <i/>\n</b></q>\n<u> </u></r>";
     const std::string formatted = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>\n"
                                   "<!DOCTYPE r [<!ENTITY x \"y\">]>\n"
                                   "<r>\n\t<s a=\"1\">\n\t\t<t/>\n\t</s>\n"
-                                  "\t<p>Some <b>bold</b> <i>text</i>.</p>\n\t<u> </u>\n</r>\n";
+                                  "\t<p>Some <b>bold</b>\n<i>text</i>\n</p>\n"
+                                  "\t<q>&amp;\n<b> <i/>\n</b></q>\n\t<u> </u>\n</r>\n";
     EXPECT_EQ(print({"xml", "format", "-"}, document), formatted);
     EXPECT_EQ(print({"xml", "format", "-"}, formatted), formatted);
 }
@@ -318,6 +319,7 @@ TEST_F(Tool, answersAWrongCommandLine)
         {"xml", "events", "a", "b"},
         {"xml", "format", "-o"},
         {"xml", "format", "--plain=1", "f"},
+        {"xml", "format", "--encoding=a b", "f"},
         {"xml", "format", "--trim", "--keep-space", "f"},
     };
     for (const auto& words : rows) {

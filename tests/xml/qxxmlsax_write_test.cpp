@@ -367,6 +367,35 @@ TEST(qxXmlSaxWrite, writingInsideWritingIsRefused)
     EXPECT_EQ(other.text, "");
 }
 
+TEST(qxXmlSaxWrite, nothingIsWrittenIntoTheInputWhileItIsRead)
+{
+    class Mixed : public qxXmlSax
+    {
+        unsigned char onCharData(const qxString&, unsigned int) override
+        {
+            writeCharData("other");
+            return 1;
+        }
+    };
+    const MessageRecorder messages;
+    std::string input = "<a>text</a>";
+    qxSerializeAdapterMemory adapter(input.data(), static_cast<unsigned int>(input.size()));
+    Mixed mixed;
+    mixed.read(&adapter);
+    EXPECT_EQ(input, "<a>text</a>");
+    EXPECT_EQ(messages.texts(), std::vector<std::string>{"Parser is busy reading"});
+}
+
+TEST(qxXmlSaxWrite, whatTheLastHolderOfTheAdapterRaisesComesOut)
+{
+    struct Raising : TextSink {
+        ~Raising() noexcept(false) override { throw 7; }
+    };
+    qxRefPointer<qxSerializeAdapter> sink(new Raising);
+    Writer writer([&sink](Writer&) { sink = nullptr; });
+    EXPECT_THROW(writer.write(sink), int);
+}
+
 TEST(qxXmlSaxWrite, isAValueOfAStream)
 {
     Writer writer([](Writer& out) { out.writeCharDataElement("a", "text"); });

@@ -60,7 +60,7 @@ void qxXmlSax::write(qxSerializeAdapter* adapter)
             sax.setAdapter(to);
             sax.setBusy(true);
         }
-        ~Attachment()
+        ~Attachment() noexcept(false) // may let the last of an adapter go
         {
             sax.setBusy(false);
             sax.setAdapter(nullptr);

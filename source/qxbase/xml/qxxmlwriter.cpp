@@ -5,6 +5,7 @@
 #include "qxxmlsax.h"
 
 #include "core/qxutf8scan.h"
+#include "xml/qxxmlreader.h"
 #include "xml/qxxmlreferences.h"
 
 namespace
@@ -35,6 +36,7 @@ public:
           m_size(writer.m_output.getSize()), m_isFinished(false)
     {
         if (!writer.m_sax.getAdapter()) writer.refuse("No adapter to write to");
+        if (writer.isReading()) writer.refuse("Parser is busy reading"); // the adapter is that of the input
         ++writer.m_operations;
     }
 
@@ -82,6 +84,11 @@ qxString qxXmlWriterState::getName(unsigned int level) const
     const std::size_t start = m_nameStarts[level - 1];
     const std::size_t end = level < m_nameStarts.size() ? m_nameStarts[level] : m_names.size();
     return qxString(m_names.data() + start, end - start);
+}
+
+bool qxXmlWriterState::isReading() const
+{
+    return m_sax.m_reader && m_sax.m_reader->isReading;
 }
 
 std::string_view qxXmlWriterState::getOpenName() const

@@ -96,6 +96,7 @@ private:
     };
 
     bool isInStartTag() const { return m_state == IN_START_TAG || m_state == BEHIND_ATTRIBUTE; }
+    bool isReading() const;
     std::string_view getOpenName() const;
     void readEncoding();
     void appendHeader();

@@ -23,14 +23,14 @@ TEST(qxPlatformClock, steadyClockNeverGoesBackAndMovesInSmallSteps)
     EXPECT_LT(smallest, 1e-4); // far below a tick of the scheduler, whatever else runs
 }
 
-TEST(qxPlatformClock, utcAgreesWithTheCalendar)
+TEST(qxPlatformClock, utcIsTheCalendarWithAFraction)
 {
     const double before = static_cast<double>(std::time(nullptr));
     const double now = qxPlatformUtcSeconds();
 
     EXPECT_GE(now, before);
     EXPECT_LT(now, before + 60.0);
-    EXPECT_NE(qxPlatformUtcSeconds(), static_cast<double>(std::time(nullptr))); // it has a fraction
+    EXPECT_NE(qxPlatformUtcSeconds(), static_cast<double>(std::time(nullptr)));
 }
 
 } // namespace

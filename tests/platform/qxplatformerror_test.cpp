@@ -10,28 +10,11 @@
 namespace
 {
 
-TEST(qxPlatformError, describesNumbers)
-{
-    const struct {
-        int error;
-        const char* text;
-    } rows[] = {
-        {ENOENT, "No such file or directory"},
-        {EISDIR, "Is a directory"},
-        {ENOSPC, "No space left on device"},
-        {98765, "Unknown error 98765"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.error);
-        EXPECT_EQ(qxPlatformErrorText(row.error), row.text);
-    }
-}
-
-TEST(qxPlatformError, lastErrorIsThatOfTheFailedCall)
+TEST(qxPlatformError, describesTheNumberOfAFailedCall)
 {
     ASSERT_LT(open("/no such folder/file", O_RDONLY), 0);
-
-    EXPECT_EQ(qxPlatformLastError(), ENOENT);
+    EXPECT_EQ(qxPlatformErrorText(qxPlatformLastError()), "No such file or directory");
+    EXPECT_EQ(qxPlatformErrorText(98765), "Unknown error 98765");
 }
 
 } // namespace

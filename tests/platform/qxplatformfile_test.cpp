@@ -2,13 +2,11 @@
 
 #include "platform/qxplatformfile.h"
 
+#include "qxtestfolder.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -20,86 +18,63 @@ namespace
 
 namespace fs = std::filesystem;
 
-// A fresh folder, the files in it, and the error number of the last call.
+// A fresh folder, one open file in it, and the error number of the last call.
 class qxPlatformFileTest : public testing::Test
 {
 protected:
-    qxPlatformFileTest()
-    {
-        std::string pattern = (fs::temp_directory_path() / "qxplatformfile-XXXXXX").string();
-        m_folder = mkdtemp(pattern.data());
-    }
+    ~qxPlatformFileTest() override { close(); }
 
-    ~qxPlatformFileTest() override
-    {
-        close();
-        fs::remove_all(m_folder);
-    }
-
-    std::string path(const char* name) const { return (m_folder / name).string(); }
+    std::string path(const char* name) const { return folder.name(name); }
 
     bool open(const std::string& name, qxPlatformFileMode mode)
     {
         close();
-        m_file = qxPlatformFileOpen(name.c_str(), mode, m_error);
-        return m_file != nullptr;
+        file = qxPlatformFileOpen(name.c_str(), mode, error);
+        return file != nullptr;
     }
 
     void close()
     {
-        int error = 0;
-        EXPECT_TRUE(qxPlatformFileClose(m_file, error));
-        m_file = nullptr;
+        int ignored = 0;
+        EXPECT_TRUE(qxPlatformFileClose(file, ignored));
+        file = nullptr;
     }
 
     std::size_t write(const std::string& text)
     {
-        return qxPlatformFileWrite(m_file, text.data(), text.size(), m_error);
+        return qxPlatformFileWrite(file, text.data(), text.size(), error);
     }
 
     std::string read(std::size_t count)
     {
         std::string text(count, '?');
-        text.resize(qxPlatformFileRead(m_file, text.data(), count, m_error));
+        text.resize(qxPlatformFileRead(file, text.data(), count, error));
         return text;
     }
 
-    static void put(const std::string& name, const std::string& text) { std::ofstream(name) << text; }
-
-    static std::string contentOf(const std::string& name)
-    {
-        std::ifstream stream(name);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    // Replaces `target` by a new file that holds `text`.
-    bool replace(const std::string& target, const std::string& text)
+    // Replaces `target` by a new file that holds "new".
+    bool replace(const std::string& target)
     {
         std::string temporary;
         close();
-        m_file = qxPlatformFileTemporary(target.c_str(), temporary, m_error);
-        if (!m_file) return false;
-        write(text);
-        qxPlatformFileSync(m_file, m_error);
+        file = qxPlatformFileTemporary(target.c_str(), temporary, error);
+        if (!file) return false;
+        write("new");
+        qxPlatformFileSync(file, error);
         close();
-        return qxPlatformFileReplace(temporary.c_str(), target.c_str(), m_error);
+        return qxPlatformFileReplace(temporary.c_str(), target.c_str(), error);
     }
 
-    static unsigned int modeOf(const std::string& name)
+    struct stat statusOf(const char* name) const
     {
         struct stat status = {};
-        stat(name.c_str(), &status);
-        return status.st_mode & 07777;
+        stat(path(name).c_str(), &status);
+        return status;
     }
 
-    std::size_t filesInFolder() const
-    {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(m_folder), {}));
-    }
-
-    fs::path m_folder;
-    qxPlatformFile* m_file = nullptr;
-    int m_error = -1;
+    const TestFolder folder;
+    qxPlatformFile* file = nullptr;
+    int error = -1;
 };
 
 TEST_F(qxPlatformFileTest, modesDoWhatTheyPromise)
@@ -118,78 +93,50 @@ TEST_F(qxPlatformFileTest, modesDoWhatTheyPromise)
     for (const auto& row : rows) {
         SCOPED_TRACE(row.mode);
         EXPECT_EQ(open(path("missing"), row.mode), row.missing == 0);
-        EXPECT_EQ(m_error, row.missing);
+        EXPECT_EQ(error, row.missing);
         fs::remove(path("missing"));
+        EXPECT_FALSE(open(folder.path(), row.mode));
+        EXPECT_EQ(error, EISDIR);
 
-        put(path("file"), "old text");
+        folder.write("file", "old text");
         ASSERT_TRUE(open(path("file"), row.mode));
         EXPECT_EQ(write("new"), row.mode == QX_PLATFORM_FILE_READ ? 0U : 3U);
-        EXPECT_EQ(m_error, row.mode == QX_PLATFORM_FILE_READ ? EBADF : 0);
+        EXPECT_EQ(error, row.mode == QX_PLATFORM_FILE_READ ? EBADF : 0);
+        EXPECT_EQ(folder.read("file"), row.content); // nothing is buffered
         read(1);
-        EXPECT_EQ(m_error, row.canRead ? 0 : EBADF);
-        close();
-        EXPECT_EQ(contentOf(path("file")), row.content);
+        EXPECT_EQ(error, row.canRead ? 0 : EBADF);
+        EXPECT_TRUE(qxPlatformFileFlush(file, error) && qxPlatformFileSync(file, error));
     }
 }
 
-TEST_F(qxPlatformFileTest, refusesDirectories)
-{
-    for (const auto mode :
-         {QX_PLATFORM_FILE_READ, QX_PLATFORM_FILE_WRITE, QX_PLATFORM_FILE_UPDATE, QX_PLATFORM_FILE_CREATE}) {
-        SCOPED_TRACE(mode);
-        EXPECT_FALSE(open(m_folder.string(), mode));
-        EXPECT_EQ(m_error, EISDIR);
-    }
-    EXPECT_FALSE(qxPlatformFileRemove(m_folder.c_str(), m_error));
-    EXPECT_EQ(m_error, EISDIR);
-}
-
-TEST_F(qxPlatformFileTest, takesNamesInUtf8)
+TEST_F(qxPlatformFileTest, takesNamesInUtf8AndRemovesFiles)
 {
     ASSERT_TRUE(open(path("Grüße 世界"), QX_PLATFORM_FILE_WRITE));
-    EXPECT_TRUE(fs::exists(m_folder / u8"Grüße 世界"));
-    EXPECT_TRUE(qxPlatformFileRemove(path("Grüße 世界").c_str(), m_error));
-    EXPECT_EQ(filesInFolder(), 0U);
-}
-
-TEST_F(qxPlatformFileTest, shortReadsTellTheEndFromAFailure)
-{
-    put(path("file"), "12345");
-    ASSERT_TRUE(open(path("file"), QX_PLATFORM_FILE_READ));
-
-    EXPECT_EQ(read(3), "123");
-    EXPECT_EQ(read(3), "45");
-    EXPECT_EQ(m_error, 0);
-    EXPECT_EQ(read(3), "");
-    EXPECT_EQ(m_error, 0);
-}
-
-TEST_F(qxPlatformFileTest, nothingIsBuffered)
-{
-    ASSERT_TRUE(open(path("file"), QX_PLATFORM_FILE_WRITE));
-    write("seen at once");
-
-    EXPECT_EQ(contentOf(path("file")), "seen at once");
-    EXPECT_TRUE(qxPlatformFileFlush(m_file, m_error));
-    EXPECT_TRUE(qxPlatformFileSync(m_file, m_error));
-    EXPECT_EQ(m_error, 0);
+    EXPECT_TRUE(fs::exists(folder.path() / u8"Grüße 世界"));
+    EXPECT_TRUE(qxPlatformFileRemove(path("Grüße 世界").c_str(), error));
+    EXPECT_EQ(error, 0);
+    EXPECT_FALSE(qxPlatformFileRemove(path("Grüße 世界").c_str(), error));
+    EXPECT_EQ(error, ENOENT);
+    EXPECT_FALSE(qxPlatformFileRemove(folder.path().c_str(), error));
+    EXPECT_EQ(error, EISDIR);
 }
 
 TEST_F(qxPlatformFileTest, positionsAndSizesHave64Bits)
 {
     constexpr unsigned long long FAR = (5ULL << 32) + 7;
     ASSERT_TRUE(open(path("sparse"), QX_PLATFORM_FILE_CREATE));
-    ASSERT_TRUE(qxPlatformFileSeek(m_file, FAR, m_error));
+    ASSERT_TRUE(qxPlatformFileSeek(file, FAR, error));
     ASSERT_EQ(write("end"), 3U);
 
-    EXPECT_EQ(qxPlatformFilePosition(m_file, m_error), FAR + 3);
-    EXPECT_EQ(qxPlatformFileSize(m_file, m_error), FAR + 3);
-    ASSERT_TRUE(qxPlatformFileSeek(m_file, FAR + 1, m_error));
+    EXPECT_EQ(qxPlatformFilePosition(file, error), FAR + 3);
+    EXPECT_EQ(qxPlatformFileSize(file, error), FAR + 3);
+    ASSERT_TRUE(qxPlatformFileSeek(file, FAR + 1, error));
     EXPECT_EQ(read(9), "nd");
-    EXPECT_TRUE(qxPlatformFileSeek(m_file, FAR * 2, m_error)); // behind the end is allowed
+    EXPECT_EQ(error, 0); // the end is no failure
+    EXPECT_TRUE(qxPlatformFileSeek(file, FAR * 2, error));
     EXPECT_EQ(read(1), "");
-    EXPECT_FALSE(qxPlatformFileSeek(m_file, 1ULL << 63, m_error));
-    EXPECT_EQ(m_error, EINVAL);
+    EXPECT_FALSE(qxPlatformFileSeek(file, 1ULL << 63, error));
+    EXPECT_EQ(error, EINVAL);
 }
 
 TEST_F(qxPlatformFileTest, aFullDiskCutsTheWriteShort)
@@ -197,7 +144,7 @@ TEST_F(qxPlatformFileTest, aFullDiskCutsTheWriteShort)
     if (!open("/dev/full", QX_PLATFORM_FILE_WRITE)) GTEST_SKIP() << "needs /dev/full";
 
     EXPECT_EQ(write("lost"), 0U);
-    EXPECT_EQ(m_error, ENOSPC);
+    EXPECT_EQ(error, ENOSPC);
 }
 
 TEST_F(qxPlatformFileTest, signalsDoNotCutAReadShort)
@@ -206,12 +153,11 @@ TEST_F(qxPlatformFileTest, signalsDoNotCutAReadShort)
     const pid_t reader = getpid();
     const pid_t writer = fork();
     if (writer == 0) {
-        int error = 0;
-        qxPlatformFile* pipe = qxPlatformFileOpen(path("pipe").c_str(), QX_PLATFORM_FILE_WRITE, error);
+        open(path("pipe"), QX_PLATFORM_FILE_WRITE);
         for (int i = 0; i < 5; ++i) {
             kill(reader, SIGUSR1);
             usleep(2000);
-            qxPlatformFileWrite(pipe, "x", 1, error);
+            write("x");
         }
         _exit(0);
     }
@@ -222,48 +168,49 @@ TEST_F(qxPlatformFileTest, signalsDoNotCutAReadShort)
     ASSERT_TRUE(open(path("pipe"), QX_PLATFORM_FILE_READ));
 
     EXPECT_EQ(read(5), "xxxxx");
-    EXPECT_EQ(m_error, 0);
-    EXPECT_EQ(qxPlatformFileSize(m_file, m_error), 0U);
-    EXPECT_TRUE(qxPlatformFileSync(m_file, m_error)); // no disk to wait for
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(qxPlatformFileSize(file, error), 0U);
+    EXPECT_TRUE(qxPlatformFileSync(file, error)); // no disk to wait for
     waitpid(writer, nullptr, 0);
     sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST_F(qxPlatformFileTest, replacesAFileAndKeepsItsPermissions)
 {
-    for (const unsigned int mode : {0600U, 0644U, 0666U, 0755U, 04755U}) {
+    for (const unsigned int mode : {0600U, 0666U, 0755U, 04755U}) {
         SCOPED_TRACE(mode);
-        put(path("file"), "old");
+        folder.write("file", "the old text");
         ASSERT_EQ(chmod(path("file").c_str(), mode), 0);
+        std::ifstream reader(path("file"));
 
-        EXPECT_TRUE(replace(path("file"), "new"));
-        EXPECT_EQ(m_error, 0);
-        EXPECT_EQ(contentOf(path("file")), "new");
-        EXPECT_EQ(modeOf(path("file")), mode);
-        EXPECT_EQ(filesInFolder(), 1U);
+        EXPECT_TRUE(replace(path("file")));
+        EXPECT_EQ(error, 0);
+        EXPECT_EQ(folder.read("file"), "new");
+        EXPECT_EQ(statusOf("file").st_mode & 07777, mode);
+        EXPECT_EQ(folder.count(), 1U);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}),
+                  "the old text"); // for who has it open
     }
 }
 
 TEST_F(qxPlatformFileTest, aNewFileHasTheUsualPermissions)
 {
     const mode_t mask = umask(027);
-    EXPECT_TRUE(replace(path("file"), "new"));
+    EXPECT_TRUE(replace(path("file")));
     umask(mask);
 
-    EXPECT_EQ(contentOf(path("file")), "new");
-    EXPECT_EQ(modeOf(path("file")), 0640U);
+    EXPECT_EQ(folder.read("file"), "new");
+    EXPECT_EQ(statusOf("file").st_mode & 07777, 0640U);
 }
 
 TEST_F(qxPlatformFileTest, keepsTheOwnerWhereItMay)
 {
-    put(path("file"), "old");
-    if (chown(path("file").c_str(), 1234, 5678) != 0) GTEST_SKIP() << "needs the right to give files away";
-    EXPECT_TRUE(replace(path("file"), "new"));
+    const std::string name = folder.write("file", "old");
+    if (chown(name.c_str(), 1234, 5678) != 0) GTEST_SKIP() << "needs the right to give files away";
+    EXPECT_TRUE(replace(name));
 
-    struct stat status = {};
-    ASSERT_EQ(stat(path("file").c_str(), &status), 0);
-    EXPECT_EQ(status.st_uid, 1234U);
-    EXPECT_EQ(status.st_gid, 5678U);
+    EXPECT_EQ(statusOf("file").st_uid, 1234U);
+    EXPECT_EQ(statusOf("file").st_gid, 5678U);
 }
 
 TEST_F(qxPlatformFileTest, replacesWhatALinkLeadsTo)
@@ -274,7 +221,6 @@ TEST_F(qxPlatformFileTest, replacesWhatALinkLeadsTo)
         bool exists;
     } rows[] = {
         {"file", "file", true},
-        {"folder/file", "folder/file", true},
         {"second", "folder/deep", true}, // over another link
         {"folder/fresh", "folder/fresh", false},
     };
@@ -284,22 +230,13 @@ TEST_F(qxPlatformFileTest, replacesWhatALinkLeadsTo)
         SCOPED_TRACE(row.link);
         fs::remove(path("link"));
         fs::create_symlink(row.link, path("link"));
-        if (row.exists) put(path(row.target), "old");
+        if (row.exists) folder.write(row.target, "old");
 
-        EXPECT_TRUE(replace(path("link"), "new"));
+        EXPECT_TRUE(replace(path("link")));
         EXPECT_EQ(fs::read_symlink(path("link")), row.link);
         EXPECT_FALSE(fs::is_symlink(path(row.target)));
-        EXPECT_EQ(contentOf(path(row.target)), "new");
+        EXPECT_EQ(folder.read(row.target), "new");
     }
-}
-
-TEST_F(qxPlatformFileTest, anOpenReaderKeepsTheOldFile)
-{
-    put(path("file"), "the old text");
-    std::ifstream reader(path("file"));
-    EXPECT_TRUE(replace(path("file"), "new"));
-
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "the old text");
 }
 
 TEST_F(qxPlatformFileTest, replacesOnlyPlainFiles)
@@ -307,16 +244,15 @@ TEST_F(qxPlatformFileTest, replacesOnlyPlainFiles)
     ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
     fs::create_symlink("/dev/null", path("null"));
     fs::create_symlink("loop", path("loop"));
-    put(path("file"), "old");
     const struct {
         std::string name;
         bool replaceable;
         int replaceableError;
         int temporaryError;
     } rows[] = {
-        {path("file"), true, 0, 0},
+        {folder.write("file", "old"), true, 0, 0},
         {path("new"), true, 0, 0},
-        {m_folder.string(), false, 0, EISDIR},
+        {folder.path(), false, 0, EISDIR},
         {path("pipe"), false, 0, EOPNOTSUPP},
         {path("null"), false, 0, EOPNOTSUPP},
         {path("loop"), false, ELOOP, ELOOP},
@@ -325,68 +261,54 @@ TEST_F(qxPlatformFileTest, replacesOnlyPlainFiles)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        EXPECT_EQ(qxPlatformFileIsReplaceable(row.name.c_str(), m_error), row.replaceable);
-        EXPECT_EQ(m_error, row.replaceableError);
-        EXPECT_EQ(replace(row.name, "new"), row.replaceable);
-        EXPECT_EQ(m_error, row.temporaryError);
+        EXPECT_EQ(qxPlatformFileIsReplaceable(row.name.c_str(), error), row.replaceable);
+        EXPECT_EQ(error, row.replaceableError);
+        EXPECT_EQ(replace(row.name), row.replaceable);
+        EXPECT_EQ(error, row.temporaryError);
     }
 }
 
 TEST_F(qxPlatformFileTest, aFailedReplaceLeavesBothFiles)
 {
-    put(path("temporary"), "new");
-    EXPECT_FALSE(qxPlatformFileReplace(path("temporary").c_str(), path("no/file").c_str(), m_error));
-    EXPECT_EQ(m_error, ENOENT);
-    EXPECT_EQ(contentOf(path("temporary")), "new");
-
-    EXPECT_FALSE(qxPlatformFileReplace(path("missing").c_str(), path("temporary").c_str(), m_error));
-    EXPECT_EQ(m_error, ENOENT);
-    EXPECT_EQ(contentOf(path("temporary")), "new");
+    const std::string temporary = folder.write("temporary", "new");
+    EXPECT_FALSE(qxPlatformFileReplace(temporary.c_str(), path("no/file").c_str(), error));
+    EXPECT_EQ(error, ENOENT);
+    EXPECT_FALSE(qxPlatformFileReplace(path("missing").c_str(), temporary.c_str(), error));
+    EXPECT_EQ(error, ENOENT);
+    EXPECT_EQ(folder.read("temporary"), "new");
 }
 
 TEST_F(qxPlatformFileTest, aWriteProtectedFileIsNotReplaced)
 {
     constexpr uid_t SOMEBODY = 65534;
-    put(path("file"), "old");
-    chmod(path("file").c_str(), 0444);
+    chmod(folder.write("file", "old").c_str(), 0444);
     const bool isAdministrator = geteuid() == 0; // who may write everything
     if (isAdministrator) {
-        ASSERT_EQ(chown(m_folder.c_str(), SOMEBODY, SOMEBODY), 0);
+        ASSERT_EQ(chown(folder.path().c_str(), SOMEBODY, SOMEBODY), 0);
         ASSERT_EQ(seteuid(SOMEBODY), 0);
     }
-    const bool replaced = replace(path("file"), "new");
+    const bool isReplaced = replace(path("file"));
     if (isAdministrator) {
         ASSERT_EQ(seteuid(0), 0);
     }
 
-    EXPECT_FALSE(replaced);
-    EXPECT_EQ(m_error, EACCES);
-    EXPECT_EQ(contentOf(path("file")), "old");
-    EXPECT_EQ(filesInFolder(), 1U);
+    EXPECT_FALSE(isReplaced);
+    EXPECT_EQ(error, EACCES);
+    EXPECT_EQ(folder.read("file"), "old");
+    EXPECT_EQ(folder.count(), 1U);
 }
 
 TEST_F(qxPlatformFileTest, temporaryFilesHaveNamesOfTheirOwn)
 {
-    std::string first;
-    std::string second;
-    qxPlatformFile* one = qxPlatformFileTemporary(path("file").c_str(), first, m_error);
-    qxPlatformFile* two = qxPlatformFileTemporary(path("file").c_str(), second, m_error);
-    ASSERT_TRUE(one && two);
-
-    EXPECT_NE(first, second);
-    EXPECT_EQ(fs::path(first).parent_path(), m_folder);
-    EXPECT_EQ(filesInFolder(), 2U);
-    EXPECT_TRUE(qxPlatformFileClose(one, m_error));
-    EXPECT_TRUE(qxPlatformFileClose(two, m_error));
-}
-
-TEST_F(qxPlatformFileTest, removesFilesAndSaysWhatIsMissing)
-{
-    put(path("file"), "x");
-    EXPECT_TRUE(qxPlatformFileRemove(path("file").c_str(), m_error));
-    EXPECT_EQ(m_error, 0);
-    EXPECT_FALSE(qxPlatformFileRemove(path("file").c_str(), m_error));
-    EXPECT_EQ(m_error, ENOENT);
+    std::string names[2];
+    for (std::string& name : names) {
+        close();
+        file = qxPlatformFileTemporary(path("file").c_str(), name, error);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(fs::path(name).parent_path(), folder.path());
+    }
+    EXPECT_NE(names[0], names[1]);
+    EXPECT_EQ(folder.count(), 2U);
 }
 
 } // namespace

@@ -2,8 +2,9 @@
 
 #include "platform/qxplatformlock.h"
 
-#include "platform/qxplatformclock.h"
 #include "platform/qxplatformthread.h"
+
+#include "qxtestthreads.h"
 
 #include <gtest/gtest.h>
 
@@ -82,61 +83,42 @@ protected:
     struct sigaction m_before = {};
 };
 
-TEST(qxPlatformLock, keepsOtherThreadsOut)
+TEST_F(qxPlatformCondition, theLockKeepsOtherThreadsOut)
 {
-    alignas(8) unsigned char lock[QX_PLATFORM_LOCK_ROOM];
-    qxPlatformLockCreate(lock);
     int count = 0; // plain on purpose: only the lock guards it
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int j = 0; j < 10000; ++j) {
-                qxPlatformLockEnter(lock);
-                ++count;
-                qxPlatformLockLeave(lock);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-
+    onThreads(4, [&] {
+        for (int i = 0; i < 10000; ++i) {
+            qxPlatformLockEnter(m_lock);
+            ++count;
+            qxPlatformLockLeave(m_lock);
+        }
+    });
     EXPECT_EQ(count, 40000);
-    qxPlatformLockDestroy(lock);
 }
 
-TEST(qxPlatformLock, tryEnterNeverWaitsNorRecurses)
+TEST_F(qxPlatformCondition, tryingTheLockNeitherWaitsNorRecurses)
 {
-    alignas(8) unsigned char lock[QX_PLATFORM_LOCK_ROOM];
-    qxPlatformLockCreate(lock);
-
-    EXPECT_TRUE(qxPlatformLockTryEnter(lock));
-    EXPECT_FALSE(qxPlatformLockTryEnter(lock));
-    qxPlatformLockLeave(lock);
-    EXPECT_TRUE(qxPlatformLockTryEnter(lock));
-    qxPlatformLockLeave(lock);
-    qxPlatformLockDestroy(lock);
-}
-
-TEST_F(qxPlatformCondition, sleepsAtLeastItsTime)
-{
-    for (const unsigned int milliseconds : {0U, 1U, 30U}) {
-        SCOPED_TRACE(milliseconds);
-        qxPlatformLockEnter(m_lock);
-        const double start = qxPlatformSteadySeconds();
-        EXPECT_FALSE(qxPlatformConditionSleep(m_condition, m_lock, milliseconds));
-        EXPECT_GE(qxPlatformSteadySeconds() - start, milliseconds * 1e-3);
-        EXPECT_FALSE(qxPlatformLockTryEnter(m_lock)); // it is held again
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(qxPlatformLockTryEnter(m_lock));
+        EXPECT_FALSE(qxPlatformLockTryEnter(m_lock));
         qxPlatformLockLeave(m_lock);
     }
 }
 
-TEST_F(qxPlatformCondition, aWakeWithoutSleeperIsLost)
+TEST_F(qxPlatformCondition, sleepsAtLeastItsTimeWhateverWasSentBefore)
 {
-    qxPlatformConditionWakeAll(m_condition);
+    qxPlatformConditionWakeAll(m_condition); // lost: nobody sleeps
     qxPlatformConditionWakeOne(m_condition);
-
-    qxPlatformLockEnter(m_lock);
-    EXPECT_FALSE(qxPlatformConditionSleep(m_condition, m_lock, 10));
-    qxPlatformLockLeave(m_lock);
+    for (const unsigned int milliseconds : {0U, 1U, 30U}) {
+        SCOPED_TRACE(milliseconds);
+        qxPlatformLockEnter(m_lock);
+        bool isWoken = true;
+        const auto sleep = [&] { isWoken = qxPlatformConditionSleep(m_condition, m_lock, milliseconds); };
+        EXPECT_GE(secondsOf(sleep), milliseconds * 1e-3);
+        EXPECT_FALSE(isWoken);
+        EXPECT_FALSE(qxPlatformLockTryEnter(m_lock)); // it is held again
+        qxPlatformLockLeave(m_lock);
+    }
 }
 
 TEST_F(qxPlatformCondition, wakeAllEndsEverySleep)
@@ -148,27 +130,17 @@ TEST_F(qxPlatformCondition, wakeAllEndsEverySleep)
     EXPECT_EQ(m_woken, 5);
 }
 
-TEST_F(qxPlatformCondition, wakeOneEndsOneSleepEach)
+TEST_F(qxPlatformCondition, eachWakeOneEndsOneSleep)
 {
-    for (int i = 0; i < 4; ++i) startSleeper();
-    for (int count = 1; count <= 4; ++count) {
-        qxPlatformConditionWakeOne(m_condition);
-        waitForWoken(count);
+    for (int i = 0; i < 6; ++i) startSleeper();
+    int woken = 0;
+    for (const int wakes : {1, 1, 2, 2}) { // also two in a row
+        for (int i = 0; i < wakes; ++i) qxPlatformConditionWakeOne(m_condition);
+        woken += wakes;
+        waitForWoken(woken);
         interruptSleepers();
-        EXPECT_EQ(m_woken, count);
+        EXPECT_EQ(m_woken, woken);
     }
-}
-
-TEST_F(qxPlatformCondition, twoWakesInARowEndTwoSleeps)
-{
-    for (int i = 0; i < 3; ++i) startSleeper();
-
-    qxPlatformConditionWakeOne(m_condition);
-    qxPlatformConditionWakeOne(m_condition);
-    waitForWoken(2);
-    interruptSleepers();
-    EXPECT_EQ(m_woken, 2);
-    qxPlatformConditionWakeOne(m_condition);
 }
 
 TEST_F(qxPlatformCondition, aWakeSentWithTheLockHeldIsNotMissed)
@@ -184,39 +156,32 @@ TEST_F(qxPlatformCondition, aWakeSentWithTheLockHeldIsNotMissed)
 
 TEST_F(qxPlatformCondition, aSignalDoesNotEndTheSleep)
 {
-    const double start = qxPlatformSteadySeconds();
-    startSleeper(50);
-    for (int i = 0; i < 3; ++i) interruptSleepers();
-    joinAll();
-
+    EXPECT_GE(secondsOf([&] {
+                  startSleeper(50);
+                  for (int i = 0; i < 3; ++i) interruptSleepers();
+                  joinAll();
+              }),
+              50e-3);
     EXPECT_EQ(m_timedOut, 1);
-    EXPECT_GE(qxPlatformSteadySeconds() - start, 50e-3);
 }
 
-TEST_F(qxPlatformCondition, timeOutsDoNotUseUpWakes)
+TEST_F(qxPlatformCondition, nothingIsLeftOfTheSleepersThatTimedOut)
 {
     for (int i = 0; i < 3; ++i) startSleeper(5);
-    startSleeper();
+    startSleeper(); // beside them: their end uses up no wake
     while (m_timedOut < 3) qxPlatformYield();
-
     qxPlatformConditionWakeOne(m_condition);
     joinAll();
     EXPECT_EQ(m_woken, 1);
-}
 
-TEST_F(qxPlatformCondition, nothingOfTheWakesAndSleepersBeforeIsLeft)
-{
-    startSleeper(1);
-    joinAll();
-    qxPlatformConditionWakeOne(m_condition);
+    qxPlatformConditionWakeOne(m_condition); // and wakes without a sleeper are not kept
     qxPlatformConditionWakeAll(m_condition);
-
     startSleeper();
     startSleeper();
     qxPlatformConditionWakeOne(m_condition);
-    waitForWoken(1);
+    waitForWoken(2);
     interruptSleepers();
-    EXPECT_EQ(m_woken, 1);
+    EXPECT_EQ(m_woken, 2);
     qxPlatformConditionWakeOne(m_condition);
 }
 

@@ -2,15 +2,13 @@
 
 #include "platform/qxplatformthread.h"
 
-#include "platform/qxplatformclock.h"
+#include "qxtestthreads.h"
 
 #include <gtest/gtest.h>
 
 #include <latch>
 #include <set>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include <sched.h>
 #include <sys/wait.h>
@@ -30,41 +28,26 @@ int statusOfChild(Body&& body)
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-TEST(qxPlatformThread, idIsTheKernelsAndStays)
+TEST(qxPlatformThread, livingThreadsHaveDifferentIdsThatStay)
 {
-    const unsigned int id = qxPlatformThreadId();
-
-    EXPECT_EQ(id, static_cast<unsigned int>(getpid())); // the main thread's is that of the process
-    EXPECT_EQ(id, qxPlatformThreadId());
-}
-
-TEST(qxPlatformThread, livingThreadsHaveDifferentIds)
-{
-    constexpr int COUNT = 8;
+    constexpr unsigned int COUNT = 8;
     unsigned int ids[COUNT + 1] = {};
     std::latch allAlive(COUNT);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < COUNT; ++i) {
-        threads.emplace_back([&, i] {
-            ids[i] = qxPlatformThreadId();
-            allAlive.arrive_and_wait();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    onThreads(COUNT, [&](unsigned int i) {
+        ids[i] = qxPlatformThreadId();
+        allAlive.arrive_and_wait();
+        EXPECT_EQ(qxPlatformThreadId(), ids[i]);
+    });
     ids[COUNT] = qxPlatformThreadId();
 
-    EXPECT_EQ(std::set<unsigned int>(ids, ids + COUNT + 1).size(), COUNT + 1U);
+    EXPECT_EQ(std::set<unsigned int>(ids, ids + COUNT + 1).size(), COUNT + 1);
 }
 
-TEST(qxPlatformThread, theChildOfAForkHasItsOwnId)
+TEST(qxPlatformThread, theMainThreadsIdIsThatOfTheProcessAlsoAfterAFork)
 {
-    const unsigned int parent = qxPlatformThreadId();
-
-    const int status = statusOfChild([&] {
-        const unsigned int child = qxPlatformThreadId();
-        return child == static_cast<unsigned int>(getpid()) && child != parent ? 0 : 1;
-    });
-    EXPECT_EQ(status, 0);
+    const auto check = [] { return qxPlatformThreadId() == static_cast<unsigned int>(getpid()) ? 0 : 1; };
+    EXPECT_EQ(check(), 0);
+    EXPECT_EQ(statusOfChild(check), 0);
 }
 
 TEST(qxPlatformThread, theFirstProcessOfAContainerIsNotNumberOne)
@@ -96,12 +79,8 @@ TEST(qxPlatformThread, guardsForksInBothProcesses)
 
 TEST(qxPlatformThread, sleepsAtLeastItsTime)
 {
-    for (const unsigned int milliseconds : {0U, 1U, 20U}) {
-        SCOPED_TRACE(milliseconds);
-        const double start = qxPlatformSteadySeconds();
-        qxPlatformSleep(milliseconds);
-        EXPECT_GE(qxPlatformSteadySeconds() - start, milliseconds * 1e-3);
-    }
+    for (const unsigned int milliseconds : {0U, 1U, 20U})
+        EXPECT_GE(secondsOf([&] { qxPlatformSleep(milliseconds); }), milliseconds * 1e-3);
 }
 
 } // namespace

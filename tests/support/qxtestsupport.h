@@ -6,9 +6,10 @@
 #include "qxerror.h"
 #include "qxmessage.h"
 
+#include "qxtestthreads.h"
+
 #include <gtest/gtest.h>
 
-#include <future>
 #include <string>
 #include <vector>
 
@@ -37,13 +38,6 @@ template <typename Body>
 std::string warningText(Body&& body)
 {
     return errorText<qxWarningError>(body);
-}
-
-/// Runs `body` on a thread of its own, to its end, and returns what it returns.
-template <typename Body>
-auto onAnotherThread(Body&& body)
-{
-    return std::async(std::launch::async, body).get();
 }
 
 /// One message as a receiver got it.

@@ -1,0 +1,42 @@
+// Threads and time for tests.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include <chrono>
+#include <future>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+/// Runs `body` on a thread of its own, to its end, and returns what it returns.
+template <typename Body>
+auto onAnotherThread(Body&& body)
+{
+    return std::async(std::launch::async, body).get();
+}
+
+/// Runs `body` on `count` threads at once, to their ends. It may take the number of its thread, from 0 on.
+template <typename Body>
+void onThreads(unsigned int count, Body&& body)
+{
+    std::vector<std::thread> threads;
+    for (unsigned int i = 0; i < count; ++i) {
+        threads.emplace_back([&body, i] {
+            if constexpr (std::is_invocable_v<Body&, unsigned int>)
+                body(i);
+            else
+                body();
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+}
+
+/// Runs `body` and returns the seconds that it took.
+template <typename Body>
+double secondsOf(Body&& body)
+{
+    const auto start = std::chrono::steady_clock::now();
+    body();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}

@@ -5,7 +5,6 @@
 #include "qxtestobject.h"
 #include "qxtestsupport.h"
 
-#include <atomic>
 #include <memory>
 #include <thread>
 
@@ -28,54 +27,44 @@ protected:
     std::string log;
 };
 
-TEST_F(qxCleanupReferenceTest, releasesOneLevelOnly)
+TEST_F(qxCleanupReferenceTest, releasesALevelOrAllTheLowestAndTheNewestFirst)
 {
-    const qxCleanupReference one(object(1), 1);
-    const qxCleanupReference two(object(2), 2);
-    const qxCleanupReference three(object(3), 3);
+    const struct {
+        int level;
+        const char* log;
+    } rows[] = {{-1, "-20 31 30 51 50 "}, {3, "31 30 "}, {-2, "-20 "}, {7, ""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.level);
+        log.clear();
+        const qxCleanupReference first(object(50), 5);
+        const qxCleanupReference lowest(object(-20), -2);
+        const qxCleanupReference middle(object(30), 3);
+        const qxCleanupReference newer(object(31), 3);
+        const qxCleanupReference last(object(51), 5);
 
-    qxCleanupReference::cleanUpReferences(2);
-    EXPECT_EQ(log, "2 ");
-    EXPECT_TRUE(!two && one && three);
-    qxCleanupReference::cleanUpReferences(7); // an unknown level
-    EXPECT_EQ(log, "2 ");
+        for (int i = 0; i < 2; ++i) qxCleanupReference::cleanUpReferences(row.level);
+        EXPECT_EQ(log, row.log);
+        EXPECT_EQ(!middle, log.find("30") != std::string::npos);
+    }
 }
 
-TEST_F(qxCleanupReferenceTest, releasesTheLowestLevelAndTheNewestFirst)
-{
-    const qxCleanupReference first(object(50), 5);
-    const qxCleanupReference lowest(object(-20), -2);
-    const qxCleanupReference middle(object(30), 3);
-    const qxCleanupReference newer(object(31), 3);
-    const qxCleanupReference last(object(51), 5);
-
-    qxCleanupReference::cleanUpReferences(-1);
-    EXPECT_EQ(log, "-20 31 30 51 50 ");
-    qxCleanupReference::cleanUpReferences(-1);
-    EXPECT_EQ(log, "-20 31 30 51 50 ");
-}
-
-TEST_F(qxCleanupReferenceTest, aDestroyedHolderIsOutOfTheRegistry)
+TEST_F(qxCleanupReferenceTest, anEmptiedHolderCanBeCleanedUpFilledAndDestroyed)
 {
     {
-        qxCleanupReference emptied(object(1), 1);
-        emptied = nullptr; // keeps its place in the registry
-        const qxCleanupReference full(object(2), 1);
+        qxCleanupReference holder(object(1), 4);
+        holder = nullptr; // keeps its place in the registry
+        qxCleanupReference::cleanUpReferences(4);
+        holder = object(2);
+        EXPECT_EQ(holder.getLevel(), 4);
+        qxCleanupReference::cleanUpReferences(4);
+        EXPECT_EQ(log, "1 2 ");
+
+        holder = object(3);
+        holder = nullptr;
+        const qxCleanupReference full(object(4), 4);
     }
-    EXPECT_EQ(log, "1 2 ");
-    qxCleanupReference::cleanUpReferences(-1); // would touch them
-}
-
-TEST_F(qxCleanupReferenceTest, anEmptiedHolderCanBeCleanedUpAndFilledAgain)
-{
-    qxCleanupReference holder(object(1), 4);
-    holder = nullptr;
-    qxCleanupReference::cleanUpReferences(4);
-    holder = object(2);
-    EXPECT_EQ(holder.getLevel(), 4);
-
-    qxCleanupReference::cleanUpReferences(4);
-    EXPECT_EQ(log, "1 2 ");
+    EXPECT_EQ(log, "1 2 3 4 ");
+    qxCleanupReference::cleanUpReferences(-1); // would touch what is still registered
 }
 
 TEST_F(qxCleanupReferenceTest, aCopyIsRegisteredToo)
@@ -109,28 +98,20 @@ TEST_F(qxCleanupReferenceTest, assigningAHolderTakesItsLevel)
     EXPECT_TRUE(!holder && !other);
 }
 
-TEST_F(qxCleanupReferenceTest, assigningMakesAHolderTheNewest)
+TEST_F(qxCleanupReferenceTest, assigningAnotherObjectMakesAHolderTheNewest)
 {
     qxCleanupReference first(object(1), 1);
-    const qxCleanupReference second(object(2), 1);
-    first = object(3);
-    EXPECT_EQ(log, "1 ");
-
-    qxCleanupReference::cleanUpReferences(1);
-    EXPECT_EQ(log, "1 3 2 ");
-}
-
-TEST_F(qxCleanupReferenceTest, assigningWhatItHoldsChangesNothing)
-{
-    qxCleanupReference first(object(1), 1);
-    const qxCleanupReference second(object(2), 1);
-    first = first.get();
+    qxCleanupReference second(object(2), 1);
+    const qxCleanupReference third(object(3), 1);
+    first = first.get(); // what it holds already: nothing changes
     const qxCleanupReference& same = first;
     first = same;
     EXPECT_EQ(first->getRef(), 1U);
+    second = object(4);
+    EXPECT_EQ(log, "2 ");
 
     qxCleanupReference::cleanUpReferences(1);
-    EXPECT_EQ(log, "2 1 "); // still older than the second
+    EXPECT_EQ(log, "2 4 3 1 ");
 }
 
 TEST_F(qxCleanupReferenceTest, anObjectMayTakeOtherHoldersAlong)
@@ -178,11 +159,9 @@ TEST_F(qxCleanupReferenceTest, anErrorLeavesTheRegistryUsable)
 {
     const qxCleanupReference later(object(2), 2);
     {
-        TestObject* const faulty = object(1);
-        const qxCleanupReference holder(faulty, 1);
-        faulty->onDelete = [faulty] { faulty->ref(); };
+        const qxCleanupReference holder(TestObject::faulty(), 1);
         EXPECT_EQ(fatalText([] { qxCleanupReference::cleanUpReferences(-1); }),
-                  "REFERENCE MISMATCH ! Deleted referenced object with nonzero reference count");
+                  TestObject::DELETED_WHILE_HELD);
     }
     // Another thread must find the lock free.
     std::thread([] { qxCleanupReference::cleanUpReferences(-1); }).join();
@@ -191,24 +170,15 @@ TEST_F(qxCleanupReferenceTest, anErrorLeavesTheRegistryUsable)
 
 TEST(qxCleanupReference, threadsRegisterAtOnce)
 {
-    std::atomic<bool> isOver{false};
-    std::thread cleaner([&] {
-        while (!isOver) qxCleanupReference::cleanUpReferences(100);
-    });
-    const auto work = [] {
+    onThreads(3, [](unsigned int number) {
         for (int i = 0; i < 500; ++i) {
+            if (number == 0) qxCleanupReference::cleanUpReferences(100);
             qxCleanupReference holder(new qxReference, 1);
             holder = new qxReference;
             qxCleanupReference other;
             other = holder;
         }
-    };
-    std::thread first(work);
-    std::thread second(work);
-    first.join();
-    second.join();
-    isOver = true;
-    cleaner.join();
+    });
 }
 
 } // namespace

@@ -31,6 +31,17 @@ public:
         return object;
     }
 
+    /// An object that takes a holder when it goes, which raises DELETED_WHILE_HELD.
+    static TestObject* faulty(int number = 0)
+    {
+        TestObject* const object = new TestObject(number);
+        object->onDelete = [object] { object->ref(); };
+        return object;
+    }
+
+    static constexpr const char* DELETED_WHILE_HELD =
+        "REFERENCE MISMATCH ! Deleted referenced object with nonzero reference count";
+
     const int value;
     std::function<void()> onDelete; // not copied
 

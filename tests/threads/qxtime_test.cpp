@@ -7,8 +7,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <thread>
-#include <vector>
 
 namespace
 {
@@ -33,18 +31,14 @@ TEST(qxTime, systemSecondsStartsAtAWholeSecond)
 
 TEST(qxTime, systemSecondsNeverGoesBack)
 {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i) {
-        threads.emplace_back([] {
-            double last = 0.0;
-            for (int n = 0; n < 20000; ++n) {
-                const double now = qxTime::systemSeconds();
-                ASSERT_GE(now, last);
-                last = now;
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    onThreads(3, [] {
+        double last = 0.0;
+        for (int n = 0; n < 20000; ++n) {
+            const double now = qxTime::systemSeconds();
+            ASSERT_GE(now, last);
+            last = now;
+        }
+    });
 }
 
 } // namespace

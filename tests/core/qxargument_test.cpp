@@ -22,30 +22,20 @@ std::string kindsOf(const qxArgument& argument)
     return kinds;
 }
 
-TEST(qxArgument, keepsSmallNumbersAsDoubles)
+TEST(qxArgument, keepsSmallNumbersAsDoublesAndTheRestAsTheyAre)
 {
-    const qxArgument arguments[] = {qxArgument('a'),
-                                    qxArgument(static_cast<unsigned char>(1)),
-                                    qxArgument(static_cast<short>(1)),
-                                    qxArgument(static_cast<unsigned short>(1)),
-                                    qxArgument(1),
-                                    qxArgument(1u),
-                                    qxArgument(1L),
-                                    qxArgument(1UL),
-                                    qxArgument(1.5),
-                                    qxArgument(1.5f),
-                                    qxArgument(1.5L),
-                                    qxArgument(true)};
-    for (const qxArgument& argument : arguments) EXPECT_EQ(kindsOf(argument), "010000");
-}
+    const auto doubles = [](auto... values) {
+        for (const qxArgument& argument : {qxArgument(values)...}) EXPECT_EQ(kindsOf(argument), "010000");
+    };
+    doubles('a', static_cast<unsigned char>(1), static_cast<short>(1), static_cast<unsigned short>(1), 1, 1u,
+            1L, 1UL, 1.5, 1.5f, 1.5L, true);
 
-TEST(qxArgument, keepsTheKindsOfTheRest)
-{
     const qxString text("text");
+    const void* const pointer = &text;
     EXPECT_EQ(kindsOf(qxArgument()), "100000");
     EXPECT_EQ(kindsOf(qxArgument("text")), "001000");
     EXPECT_EQ(kindsOf(qxArgument(L"text")), "001000");
-    EXPECT_EQ(kindsOf(qxArgument(&text == nullptr ? nullptr : static_cast<const void*>(&text))), "001000");
+    EXPECT_EQ(kindsOf(qxArgument(pointer)), "001000");
     EXPECT_EQ(kindsOf(qxArgument(nullptr)), "001000");
     EXPECT_EQ(kindsOf(qxArgument(1LL)), "000100");
     EXPECT_EQ(kindsOf(qxArgument(1ULL)), "000010");

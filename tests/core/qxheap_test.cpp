@@ -5,6 +5,8 @@
 #include "platform/qxplatformmemory.h"
 #include "qxmemory.h"
 
+#include "qxtestthreads.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,7 +16,6 @@
 #include <iterator>
 #include <mutex>
 #include <random>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -146,19 +147,18 @@ TEST_F(qxHeapTest, blocksAreAlignedAndHoldTheirSize)
 
 TEST_F(qxHeapTest, knowsItsBlocksFromOtherMemory)
 {
-    const int local = 0;
+    const char local = 0;
     EXPECT_FALSE(heap.contains(&local)); // nor before it has any
     EXPECT_FALSE(heap.contains(nullptr));
 
-    char* const block = static_cast<char*>(qxHeapThread::enter(heap)->take(256));
+    const char* const block = static_cast<char*>(qxHeapThread::enter(heap)->take(256));
     EXPECT_TRUE(heap.contains(block));
-    EXPECT_FALSE(heap.contains(&local));
-    EXPECT_FALSE(heap.contains(nullptr));
-    EXPECT_FALSE(heap.contains(block - PAGES * QX_HEAP_PAGE));
-    EXPECT_FALSE(heap.contains(block + PAGES * QX_HEAP_PAGE));
+    constexpr std::size_t all = PAGES * QX_HEAP_PAGE;
+    for (const char* other : {&local, static_cast<const char*>(nullptr), block - all, block + all})
+        EXPECT_FALSE(heap.contains(other));
 }
 
-TEST_F(qxHeapTest, freePagesServeBlocksOfAnySize)
+TEST_F(qxHeapTest, freePagesServeBlocksOfAnySizeAndGiveTheirMemoryBackButForAFew)
 {
     qxHeapThread* const thread = qxHeapThread::enter(heap);
     for (const std::size_t size : {16U, 256U, 112U, 48U, 256U}) {
@@ -167,21 +167,12 @@ TEST_F(qxHeapTest, freePagesServeBlocksOfAnySize)
         // The thread lives in a page, and keeps one for each of the other sizes.
         EXPECT_GE(blocks.size(), (PAGES - 4) * (QX_HEAP_PAGE / size));
         EXPECT_EQ(heap.countUsedPages(), PAGES);
+        EXPECT_GE(system.committedBytes(), PAGES * QX_HEAP_PAGE);
+
         giveBack(thread, shuffled(blocks));
         EXPECT_LE(heap.countUsedPages(), 1U + 4U);
-    }
-}
-
-TEST_F(qxHeapTest, givesTheMemoryOfFreePagesBackButForAFew)
-{
-    qxHeapThread* const thread = qxHeapThread::enter(heap);
-    for (int pass = 0; pass < 3; ++pass) {
-        SCOPED_TRACE(pass);
-        const std::vector<void*> blocks = take(thread, 64);
-        EXPECT_GE(system.committedBytes(), PAGES * QX_HEAP_PAGE);
-        giveBack(thread, blocks);
-        const std::size_t records = QX_HEAP_PAGE;
-        EXPECT_EQ(system.committedBytes(), (heap.countUsedPages() + KEPT) * QX_HEAP_PAGE + records);
+        const std::size_t records = 1;
+        EXPECT_EQ(system.committedBytes(), (heap.countUsedPages() + KEPT + records) * QX_HEAP_PAGE);
     }
 }
 
@@ -292,12 +283,9 @@ TEST_F(qxHeapTest, allPagesReturnHoweverTheirBlocksDo)
                     owner->leave();
                     continue;
                 }
-                const std::size_t rest = blocks.size() - 2000;
-                giveBack(step == BY_OWNER   ? owner
-                         : step == BY_OTHER ? other
-                                            : nullptr,
-                         {blocks.begin() + static_cast<std::ptrdiff_t>(rest), blocks.end()});
-                blocks.resize(rest);
+                qxHeapThread* const giver = step == BY_OWNER ? owner : step == BY_OTHER ? other : nullptr;
+                giveBack(giver, {blocks.end() - 2000, blocks.end()});
+                blocks.resize(blocks.size() - 2000);
             }
             EXPECT_EQ(heap.countUsedPages(), 2U); // those in which the two live
         }
@@ -370,9 +358,7 @@ public:
 TEST_F(qxHeapTest, threadsExchangeBlocksAndAllPagesReturn)
 {
     Exchange exchange(heap);
-    std::vector<std::thread> threads;
-    for (unsigned int i = 0; i < 4; ++i) threads.emplace_back([&, i] { exchange.work(i); });
-    for (std::thread& thread : threads) thread.join();
+    onThreads(4, [&](unsigned int number) { exchange.work(number); });
     exchange.finish();
 
     EXPECT_EQ(exchange.faults, 0);
@@ -395,12 +381,10 @@ LateUser afterMain;
 
 TEST(qxMalloc, worksWhileTheThreadsVariablesAreDestroyed)
 {
-    for (int i = 0; i < 3; ++i) {
-        std::thread([] {
-            thread_local LateUser before; // made before the thread's pages are, so it is destroyed after them
-            std::memset(before.memory, 2, 24);
-        }).join();
-    }
+    onThreads(3, [] {
+        thread_local LateUser before; // made before the thread's pages are, so it is destroyed after them
+        std::memset(before.memory, 2, 24);
+    });
     EXPECT_NE(afterMain.memory, nullptr);
 }
 

@@ -58,11 +58,24 @@ class alignas(256) OverAligned : public Plain
 TEST(qxMemory, sizeZeroGivesDistinctPointers)
 {
     void* const first = qx_malloc(0);
-    void* const second = qx_malloc(0);
+    void* const second = qx_realloc(qx_malloc(100), 0); // still a block of the caller's
 
     EXPECT_TRUE(first && second && first != second);
     qx_free(first);
     qx_free(second);
+}
+
+TEST(qxMemory, reallocationKeepsTheContentAlsoWhenItIsRefused)
+{
+    char* memory = static_cast<char*>(qx_realloc(nullptr, 4));
+    std::memcpy(memory, "abc", 4);
+    for (const std::size_t size : {4, 100, 100000, 200000, 100, 4}) {
+        memory = static_cast<char*>(qx_realloc(memory, size));
+        EXPECT_STREQ(memory, "abc");
+    }
+    for (const std::size_t size : hugeSizes) EXPECT_EQ(qx_realloc(memory, size), nullptr);
+    EXPECT_STREQ(memory, "abc");
+    qx_free(memory);
 }
 
 TEST(qxMemory, refusesSizesThatNoHeapHas)
@@ -79,28 +92,6 @@ TEST(qxMemory, refusesSizesThatNoHeapHas)
     qxMemoryControl::enableReports(true);
 }
 
-TEST(qxMemory, refusedReallocationKeepsTheMemory)
-{
-    char* const memory = static_cast<char*>(qx_malloc(4));
-    std::memcpy(memory, "abc", 4);
-    for (const std::size_t size : hugeSizes) EXPECT_EQ(qx_realloc(memory, size), nullptr);
-
-    EXPECT_STREQ(memory, "abc");
-    qx_free(memory);
-}
-
-TEST(qxMemory, reallocationKeepsTheContent)
-{
-    char* memory = static_cast<char*>(qx_realloc(nullptr, 4));
-    std::memcpy(memory, "abc", 4);
-    memory = static_cast<char*>(qx_realloc(memory, 100000));
-    EXPECT_STREQ(memory, "abc");
-
-    memory = static_cast<char*>(qx_realloc(memory, 0));
-    EXPECT_NE(memory, nullptr); // still a block of the caller's
-    qx_free(memory);
-}
-
 TEST(qxMemory, alignsAsAsked)
 {
     for (std::size_t alignment = 1; alignment <= 65536; alignment *= 2) {
@@ -113,33 +104,21 @@ TEST(qxMemory, alignsAsAsked)
     qx_delete(nullptr, std::align_val_t{64});
 }
 
-TEST(qxMemory, reportsAFailureBeforeItThrows)
-{
-    const std::string output = errorOutput([] { EXPECT_THROW(qxThrowBadAlloc("a.cpp", 7), std::bad_alloc); });
-
-    EXPECT_EQ(output, "Bad Alloc:File: a.cpp  Line: 7  Ver: 2.10.1\n");
-}
-
-TEST(qxMemoryControl, dropsReportsThatAreNotForcedWhileSwitchedOff)
-{
-    qxMemoryControl::enableReports(false);
-    const std::string off = errorOutput([] {
-        qxMemoryControl::memprintf(false, "dropped %s", "a");
-        qxMemoryControl::memprintf(true, "forced %s!", "b");
-    });
-    qxMemoryControl::enableReports(true);
-    const std::string on = errorOutput([] { qxMemoryControl::memprintf(false, "plain", "c"); });
-
-    EXPECT_EQ(off, "forced b!\n");
-    EXPECT_EQ(on, "plain\n");
-}
-
-TEST(qxMemoryControl, cutsALineAtItsBuffer)
+TEST(qxMemoryControl, reportsOneLineEach)
 {
     const std::string text(2000, 'x');
-    const std::string output = errorOutput([&] { qxMemoryControl::memprintf(true, "<%s>", text.c_str()); });
-
-    EXPECT_EQ(output, "<" + std::string(1022, 'x') + "\n");
+    EXPECT_EQ(errorOutput([] { EXPECT_THROW(qxThrowBadAlloc("a.cpp", 7), std::bad_alloc); }),
+              "Bad Alloc:File: a.cpp  Line: 7  Ver: 2.10.1\n");
+    EXPECT_EQ(errorOutput([] { qxMemoryControl::memprintf(false, "plain", "c"); }), "plain\n");
+    EXPECT_EQ(errorOutput([&] { qxMemoryControl::memprintf(true, "<%s>", text.c_str()); }),
+              "<" + std::string(1022, 'x') + "\n"); // cut at its buffer
+    qxMemoryControl::enableReports(false);
+    EXPECT_EQ(errorOutput([] {
+                  qxMemoryControl::memprintf(false, "dropped %s", "a");
+                  qxMemoryControl::memprintf(true, "forced %s!", "b");
+              }),
+              "forced b!\n");
+    qxMemoryControl::enableReports(true);
 }
 
 TEST(qxMemoryControl, countsTheAllocationsOfATag)
@@ -190,10 +169,7 @@ TEST(qxSharedMemory, givesMemoryBackWhenAConstructorThrows)
 TEST(qxSharedMemory, buildsInGivenRoom)
 {
     alignas(Plain) unsigned char room[sizeof(Plain)];
-    Plain* const object = new (room) Plain;
-
-    EXPECT_EQ(static_cast<void*>(object), static_cast<void*>(room));
-    object->~Plain();
+    EXPECT_EQ(static_cast<void*>(new (room) Plain), static_cast<void*>(room));
 }
 
 } // namespace

@@ -11,23 +11,17 @@ TEST(qxNameInterface, anEmptyNameIsNoName)
 {
     const qxNameInterface none;
     const qxNameInterface empty((qxString()));
-    qxNameInterface cleared("name");
-    cleared.setName("");
-
-    for (const qxNameInterface* object : {&none, &empty, static_cast<const qxNameInterface*>(&cleared)}) {
-        EXPECT_FALSE(object->hasName());
-        EXPECT_STREQ(object->getName().getString(), "");
-        EXPECT_EQ(object->getDataSize(nullptr), 1U);
-    }
-}
-
-TEST(qxNameInterface, keepsAName)
-{
-    const qxNameInterface object("name");
-
+    qxNameInterface object("name");
     EXPECT_TRUE(object.hasName());
     EXPECT_STREQ(object.getName().getString(), "name");
     EXPECT_EQ(object.getDataSize(nullptr), 5U);
+
+    object.setName("");
+    for (const qxNameInterface* nameless : {&none, &empty, static_cast<const qxNameInterface*>(&object)}) {
+        EXPECT_FALSE(nameless->hasName());
+        EXPECT_STREQ(nameless->getName().getString(), "");
+        EXPECT_EQ(nameless->getDataSize(nullptr), 1U);
+    }
 }
 
 TEST(qxNameInterface, aCopyHasANameOfItsOwn)
@@ -58,9 +52,7 @@ public:
 TEST(qxNameInterface, sharersKeepOneTextUntilTheyGetTheirOwn)
 {
     Sharer first(new qxSharedName("name"));
-    Sharer second(first.getShared());
-    ASSERT_EQ(first.getShared(), second.getShared());
-
+    const Sharer second(first.getShared());
     first.setName("other");
 
     EXPECT_STREQ(first.getName().getString(), "other");
@@ -72,15 +64,11 @@ TEST(qxNameInterface, sharersKeepOneTextUntilTheyGetTheirOwn)
 
 TEST(qxNameInterface, aPermanentTextIsSharedByCopies)
 {
-    qxSharedName* const name = new qxSharedName("name");
-    name->makePermanent();
-    {
-        const Sharer first(name);
-        const Sharer copy(first);
-        EXPECT_EQ(copy.getShared(), name);
-    }
-    EXPECT_STREQ(name->getString(), "name");
-    delete name;
+    qxSharedName name("name"); // on the stack: nobody may delete it
+    name.makePermanent();
+    const Sharer first(&name);
+    const Sharer copy(first);
+    EXPECT_EQ(copy.getShared(), &name);
 }
 
 } // namespace

@@ -4,8 +4,13 @@
 #pragma once
 
 #include "qxserializeadaptermemory.h"
+#include "qxtestrows.h"
 #include "qxxmlsax.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -27,12 +32,41 @@ public:
     {
         events.clear();
         read(&adapter);
-        if (hasError()) {
-            const std::string what =
-                getErrorCheck() != 0 ? std::to_string(getErrorCheck()) : getErrorText().getString();
-            add("!" + what + "@" + std::to_string(getErrorLine()) + ":" + std::to_string(getErrorColumn()));
-        }
+        if (hasError())
+            add("!" + what() + "@" + std::to_string(getErrorLine()) + ":" + std::to_string(getErrorColumn()));
         return events;
+    }
+
+    /// Reads a document and returns "check|document", or "text|document", with "^" where the error is.
+    std::string mark(std::string document)
+    {
+        readText(document);
+        if (!hasError()) return "accepted|" + document;
+        std::size_t place = 0;
+        for (unsigned int line = getErrorLine(); line > 1; --line) place = document.find('\n', place) + 1;
+        for (unsigned int column = getErrorColumn(); column > 1 && place < document.size(); --column) {
+            const auto lead = static_cast<unsigned char>(document[place]);
+            place += lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        }
+        return what() + "|" + document.insert(std::min(place, document.size()), "^");
+    }
+
+    /// Expects the calls of documents; each row is "document => calls".
+    template <class... Rows>
+    void expectEvents(const Rows&... rows)
+    {
+        expectRows([this](const std::string& document) { return readText(document); }, rows...);
+    }
+
+    /// Expects each of these to be marked as it stands.
+    template <class... Rows>
+    void expectMarks(const Rows&... rows)
+    {
+        for (const std::string& row : {std::string(rows)...}) {
+            std::string document = row.substr(row.find('|') + 1);
+            document.erase(document.find('^'), 1);
+            EXPECT_EQ(mark(document), row);
+        }
     }
 
     /// The call that is answered with false; empty for none.
@@ -104,6 +138,10 @@ protected:
     void add(const std::string& word) { events += (events.empty() ? "" : " ") + word; }
 
 private:
+    std::string what() const
+    {
+        return getErrorCheck() != 0 ? std::to_string(getErrorCheck()) : getErrorText().getString();
+    }
     static std::string textOf(const qxString& text) { return {text.getString(), text.length()}; }
     static std::string quoted(const qxString& text) { return "'" + textOf(text) + "'"; }
 

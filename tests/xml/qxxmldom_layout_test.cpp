@@ -3,6 +3,7 @@
 #include "qxxmldom.h"
 
 #include "qxserializeadaptermemory.h"
+#include "qxtestrows.h"
 #include "qxtestsupport.h"
 
 #include <string>
@@ -58,26 +59,21 @@ TEST(qxXmlDom, leavesOutADocumentTypeThatIsTooLong)
 
 TEST(qxXmlDom, indentsAroundMixedContentOnly)
 {
-    const struct {
-        const char* document;
-        const char* written;
-    } rows[] = {
-        {"<r><a><b/></a></r>", "\n<r>\n\t<a>\n\t\t<b/>\n\t</a>\n</r>"},
-        {"<r><p>t<b><i/></b><i/></p><p/></r>", "\n<r>\n\t<p>t<b><i/></b><i/></p>\n\t<p/>\n</r>"},
-        {"<r><p><![CDATA[c]]><!--d--></p></r>", "\n<r>\n\t<p><![CDATA[c]]><!--d--></p>\n</r>"},
-        {"<r><p>&x;<b/></p></r>", "\n<r>\n\t<p>&x;<b/></p>\n</r>"},
-        {"<r> <b><c/></b> </r>", "\n<r> <b><c/></b> </r>"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.document);
+    const auto format = [](const std::string& text) {
         qxXmlDom document;
         document.setSkipWhiteSpaceCharData(false);
         document.setKeepMixedContent(true);
-        read(document, row.document);
+        read(document, text);
         document.setEncoding("none");
-        EXPECT_EQ(write(document), row.written);
+        const std::string result = write(document);
         EXPECT_FALSE(document.isPlainOutput());
-    }
+        return result;
+    };
+    expectRows(format, "<r><a><b/></a></r> => \n<r>\n\t<a>\n\t\t<b/>\n\t</a>\n</r>",
+               "<r><p>t<b><i/></b><i/></p><p/></r> => \n<r>\n\t<p>t<b><i/></b><i/></p>\n\t<p/>\n</r>",
+               "<r><p><![CDATA[c]]><!--d--></p></r> => \n<r>\n\t<p><![CDATA[c]]><!--d--></p>\n</r>",
+               "<r><p>&x;<b/></p></r> => \n<r>\n\t<p>&x;<b/></p>\n</r>",
+               "<r> <b><c/></b> </r> => \n<r> <b><c/></b> </r>");
 }
 
 TEST(qxXmlDom, plainOutputDoesNotOutlastARefusedText)

@@ -37,32 +37,17 @@ TEST(qxXmlDom, isAnItemByType)
 
 TEST(qxXmlDom, buildsATreeWithTheDefaultSwitches)
 {
-    const struct {
-        const char* document;
-        const char* tree;
-    } rows[] = {
-        {"<a/>", "(a)"},
-        {"<a x='1' y=\"2\"><b/><b><c/></b></a>", "(a x=\"1\" y=\"2\"(b b(c)))"},
-        {"<a> x &amp; y </a>", "(a(\"x&y\"))"}, // each piece is trimmed before they are joined
-        {"<a>\n\t<b/>\r\n</a>", "(a(b))"},
-        {"<a> t  u\n</a>", "(a(\"t  u\"))"},
-        {"<a>&lt;</a>", "(a(\"<\"))"},
-        {"<a>&lt;b&gt;&quot;&apos;&amp;</a>", "(a(\"<b>\"'&\"))"},
-        {"<a>&#65;&#x42;&#32;c</a>", "(a(\"AB c\"))"},
-        {"<a>&foo;x&bar;</a>", "(a(&foo; \"x\" &bar;))"},
-        {"<a>x<!-- c -->y</a>", "(a(\"x\" !-- c -- \"y\"))"},
-        {"<a><![CDATA[ <x> ]]></a>", "(a(![ <x> ]))"},
-        {"<a><![CDATA[]]><!----></a>", "(a(![] !----))"},
-        {"<?p d?><a/><!--e-->", "(?p d a !--e--)"},
-        {"<!DOCTYPE a [<!ENTITY e 'v'>]><a>&e;</a>", "(a(&e;))"},
-        {"<a x='&lt;&amp;lt;&#65;&foo;&amp;'/>", "(a x=\"<&lt;A&foo;&\")"},
-        {"<a x='100%d'>%s</a>", "(a x=\"100%d\"(\"%s\"))"},
-        {"<a xml:space='preserve'> </a>", "(a xml:space=\"preserve\")"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.document);
-        EXPECT_EQ(treeOf(row.document), row.tree);
-    }
+    expectRows(
+        treeOf, "<a/> => (a)", "<a x='1' y=\"2\"><b/><b><c/></b></a> => (a x=\"1\" y=\"2\"(b b(c)))",
+        "<a> x &amp; y </a> => (a(\"x&y\"))", "<a>\n\t<b/>\r\n</a> => (a(b))",
+        "<a> t  u\n</a> => (a(\"t  u\"))", "<a>&lt;</a> => (a(\"<\"))",
+        "<a>&lt;b&gt;&quot;&apos;&amp;</a> => (a(\"<b>\"'&\"))", "<a>&#65;&#x42;&#32;c</a> => (a(\"AB c\"))",
+        "<a>&foo;x&bar;</a> => (a(&foo; \"x\" &bar;))", "<a>x<!-- c -->y</a> => (a(\"x\" !-- c -- \"y\"))",
+        "<a><![CDATA[ <x> ]]></a> => (a(![ <x> ]))", "<a><![CDATA[]]><!----></a> => (a(![] !----))",
+        "<?p d?><a/><!--e--> => (?p d a !--e--)", "<!DOCTYPE a [<!ENTITY e 'v'>]><a>&e;</a> => (a(&e;))",
+        "<a x='&lt;&amp;lt;&#65;&foo;&amp;'/> => (a x=\"<&lt;A&foo;&\")",
+        "<a x='100%d'>%s</a> => (a x=\"100%d\"(\"%s\"))",
+        "<a xml:space='preserve'> </a> => (a xml:space=\"preserve\")");
 }
 
 TEST(qxXmlDom, keepsWhiteSpaceWhenToldTo)

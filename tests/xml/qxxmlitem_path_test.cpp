@@ -17,16 +17,17 @@ std::string tell(qxXmlItem* item)
                    : std::string(item->getName().getString());
 }
 
-std::string find(qxXmlItem& from, const char* path)
+std::string find(qxXmlItem& from, const std::string& path)
 {
-    return tell(from.findItem(path));
+    return tell(from.findItem(path.c_str()));
 }
 
-/// All that the path leads to.
-std::string findAll(qxXmlItem& from, const char* path)
+/// All that the path leads to; findItem gives the first of it.
+std::string findAll(qxXmlItem& from, const std::string& path)
 {
     std::string all;
-    for (qxXmlItem* item : from.findItems(path)) all += (all.empty() ? "" : " ") + tell(item);
+    for (qxXmlItem* item : from.findItems(path.c_str())) all += (all.empty() ? "" : " ") + tell(item);
+    EXPECT_EQ(find(from, path), all.empty() ? "-" : all.substr(0, all.find(' ')));
     return all;
 }
 
@@ -45,133 +46,53 @@ protected:
     }
     ~qxXmlItemPath() noexcept override {}
 
+    /// Each row is "path => what findItem gives".
+    template <class... Rows>
+    void expectFound(const Rows&... rows)
+    {
+        expectRows([this](const std::string& path) { return find(document, path); }, rows...);
+    }
+
     qxXmlDom document;
 };
 
 TEST_F(qxXmlItemPath, stepsGoByName)
 {
-    const struct {
-        const char* path;
-        const char* found;
-    } rows[] = {
-        {"r", "r"},
-        {"/r", "r"},
-        {"r/a", "a1"},
-        {"r/b", "b1"},
-        {"r/a/b", "b2"}, // the second a: all candidates are tried
-        {"r/a/c/b", "b3"},
-        {"r/./a/.", "a1"},
-        {"./r", "r"},
-        {"r/b/<char_data>", "<char_data>"},
-        {"r/<comment>", "<comment>"},
-        {"r/<pi>", "<pi>"},
-        {"r/b/..", "r"},
-        {"r/a/b/..", "a2"},
-        {"r/b/../a/c", "c1"},
-        {"r/..", ""},
-        {"r/../..", "-"},
-        {"..", "-"},
-        {"", ""},
-        {"/", ""},
-        {".", ""},
-        {"r/", "r"},
-        {"a", "-"},
-        {"r/x", "-"},
-        {"R", "-"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(find(document, row.path), row.found);
-    }
+    // All candidates of a step are tried: the second a has a b.
+    expectFound("r => r", "/r => r", "r/a => a1", "r/b => b1", "r/a/b => b2", "r/a/c/b => b3",
+                "r/./a/. => a1", "./r => r", "r/b/<char_data> => <char_data>", "r/<comment> => <comment>",
+                "r/<pi> => <pi>", "r/b/.. => r", "r/a/b/.. => a2", "r/b/../a/c => c1", "r/.. => ",
+                "r/../.. => -", ".. => -", " => ", "/ => ", ". => ", "r/ => r", "a => -", "r/x => -",
+                "R => -");
 }
 
 TEST_F(qxXmlItemPath, anIndexSelectsAmongCandidates)
 {
-    const struct {
-        const char* path;
-        const char* found;
-    } rows[] = {
-        {"r/a[1]", "a1"},
-        {"r/a[3]", "a3"},
-        {"r/a[003]", "a3"},
-        {"r/a[ 2 ]", "a2"},
-        {"r/a[last()]", "a3"},
-        {"r/b[last()]", "b1"},
-        {"r/a[0]", "-"},
-        {"r/a[4]", "-"},
-        {"r/a[4294967297]", "-"},
-        {"r/a[99999999999999999999]", "-"},
-        {"r/a[-1]", "-"},
-        {"r/a[2]/b[2]", "b4"},
-        {"r/a/b[2]", "b4"},
-        {"r/a[last()]/b[last()]", "b5"},
-        {"r/a[k=v]", "a2"},
-        {"r/a[@k=v]", "a2"},
-        {"r/a[@k = \"v\"]", "a2"},
-        {"r/a[k='it is']", "a3"},
-        {"r/a[k=it is]", "a3"},
-        {"r/a/b[k=x/y]", "b4"},
-        {"r/a/b[q=']']", "b4"},
-        {"r/a[k=w]", "-"},
-        {"r/a[x=v]", "-"},
-        {"r/a[k]", "-"},
-        {"r/a[]", "-"},
-        {"r/a[2", "-"},
-        {"r/a[2]x", "-"},
-        {"r/[2]", "-"},
-        {"r/..[1]", "-"},
-        {"r/a[k='v]", "-"},
-        {"r/<pi>[k=v]", "-"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(find(document, row.path), row.found);
-    }
+    expectFound("r/a[1] => a1", "r/a[3] => a3", "r/a[003] => a3", "r/a[ 2 ] => a2", "r/a[last()] => a3",
+                "r/b[last()] => b1", "r/a[0] => -", "r/a[4] => -", "r/a[4294967297] => -",
+                "r/a[99999999999999999999] => -", "r/a[-1] => -", "r/a[2]/b[2] => b4", "r/a/b[2] => b4",
+                "r/a[last()]/b[last()] => b5", "r/a[k=v] => a2", "r/a[@k=v] => a2", "r/a[@k = \"v\"] => a2",
+                "r/a[k='it is'] => a3", "r/a[k=it is] => a3", "r/a/b[k=x/y] => b4", "r/a/b[q=']'] => b4",
+                "r/a[k=w] => -", "r/a[x=v] => -", "r/a[k] => -", "r/a[] => -", "r/a[2 => -", "r/a[2]x => -",
+                "r/[2] => -", "r/..[1] => -", "r/a[k='v] => -", "r/<pi>[k=v] => -");
 }
 
 TEST_F(qxXmlItemPath, twoSlashesLookAtAnyDepth)
 {
-    const struct {
-        const char* path;
-        const char* found;
-    } rows[] = {
-        {"//b", "b1 b2 b3 b4 b5"},
-        {"r//b", "b1 b2 b3 b4 b5"},
-        {"///b", "b1 b2 b3 b4 b5"},
-        {"r/a//b", "b2 b3 b4 b5"},
-        {"r/a[2]//b", "b2 b3 b4"},
-        {"//a/b", "b2 b4 b5"},
-        {"//c//b", "b3"},
-        {"//a//b", "b2 b3 b4 b5"},
-        {"//b[1]", "b1 b2 b3 b5"}, // the first of its parent
-        {"//b[last()]", "b1 b3 b4 b5"},
-        {"//b[k='x/y']", "b4"},
-        {"//b/..", "r a2 c1 a3"},
-        {"//b/../b", "b1 b2 b4 b3 b5"},
-        {"//./c", "c1"},
-        {"r//", "r"},
-        {"//x", ""},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.path);
-        EXPECT_EQ(findAll(document, row.path), row.found);
-        EXPECT_EQ(find(document, row.path),
-                  std::string(row.found).empty()
-                      ? "-"
-                      : findAll(document, row.path).substr(0, find(document, row.path).size()));
-    }
+    const auto all = [this](const std::string& path) { return findAll(document, path); };
+    // An index counts among the children of one parent.
+    expectRows(all, "//b => b1 b2 b3 b4 b5", "r//b => b1 b2 b3 b4 b5", "///b => b1 b2 b3 b4 b5",
+               "r/a//b => b2 b3 b4 b5", "r/a[2]//b => b2 b3 b4", "//a/b => b2 b4 b5", "//c//b => b3",
+               "//a//b => b2 b3 b4 b5", "//b[1] => b1 b2 b3 b5", "//b[last()] => b1 b3 b4 b5",
+               "//b[k='x/y'] => b4", "//b/.. => r a2 c1 a3", "//b/../b => b1 b2 b4 b3 b5", "//./c => c1",
+               "r// => r", "//x => ");
 }
 
 TEST_F(qxXmlItemPath, startsAtTheItem)
 {
     qxXmlItem* const item = document.findItem("r/a[2]");
-    EXPECT_EQ(find(*item, "b"), "b2");
-    EXPECT_EQ(find(*item, "../b"), "b1");
-    EXPECT_EQ(find(*item, "/r/b"), "b1");
-    EXPECT_EQ(find(*item, "//b"), "b1");
-    EXPECT_EQ(find(*item, ".//b"), "b2");
-    EXPECT_EQ(find(*item, "../.."), "");
-    EXPECT_EQ(find(*item, "../../.."), "-");
+    expectRows([item](const std::string& path) { return find(*item, path); }, "b => b2", "../b => b1",
+               "/r/b => b1", "//b => b1", ".//b => b2", "../.. => ", "../../.. => -");
 
     const qxRefPointer<qxXmlItem> alone(item->clone());
     EXPECT_EQ(find(*alone, "/b"), "b2");

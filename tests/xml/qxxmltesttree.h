@@ -5,6 +5,7 @@
 
 #include "qxserializeadapter.h"
 #include "qxserializeadaptermemory.h"
+#include "qxtestrows.h"
 #include "qxxmldom.h"
 
 #include <string>

@@ -12,30 +12,25 @@
 namespace
 {
 
-/// A folder of documents.
+/// A folder of documents and one that is read.
 class qxXmlDomInclude : public testing::Test
 {
 protected:
     ~qxXmlDomInclude() noexcept override {}
 
-    std::string readFile(qxXmlDom& document, const std::string& file)
+    /// Reads a file; returns the tree, or the error.
+    std::string read(const std::string& file)
     {
         qxSerializeAdapterFile adapter(folder.name(file).c_str());
         document.read(&adapter);
-        return document.getError().getString();
-    }
-
-    /// The tree of a file, or the error.
-    std::string treeOfFile(const std::string& file)
-    {
-        qxXmlDom document;
-        const std::string error = readFile(document, file);
-        return error.empty() ? dump(document) : error;
+        return document.hasError() ? document.getError().getString() : dump(document);
     }
 
     std::string urlOf(const std::string& file) const { return "file:" + folder.name(file); }
 
     TestFolder folder;
+    qxXmlDom document;
+    MessageRecorder messages;
 };
 
 TEST_F(qxXmlDomInclude, itemsTakeThePlaceOfTheInstruction)
@@ -43,29 +38,19 @@ TEST_F(qxXmlDomInclude, itemsTakeThePlaceOfTheInstruction)
     folder.write("a.xml", "<a>t<?include  sub/b.xml ?>u</a>");
     folder.write("sub/b.xml", "<?xml version='1.0'?><!--x--><b>v<?include c.xml?></b>");
     folder.write("sub/c.xml", "<c k='1'/>");
-    EXPECT_EQ(treeOfFile("a.xml"), "(a(\"t\" !--x-- b(\"v\" c k=\"1\") \"u\"))");
+    EXPECT_EQ(read("a.xml"), "(a(\"t\" !--x-- b(\"v\" c k=\"1\") \"u\"))");
 }
 
 TEST_F(qxXmlDomInclude, includedDocumentsAreReadWithTheSameSwitches)
 {
     folder.write("a.xml", "<a><?include b.xml?></a>");
     folder.write("b.xml", "<b> x&amp;<!--c--></b>");
-    qxXmlDom document;
     document.setSkipWhiteSpaceCharData(false);
     document.setMergeStandardReferences(false);
     document.disableNotifyItemType(QX_XML_COMMENT);
-    ASSERT_EQ(readFile(document, "a.xml"), "");
-    EXPECT_EQ(dump(document), "(a(b(\" x\" &amp;)))");
-}
-
-TEST_F(qxXmlDomInclude, areInstructionsWhenNotWanted)
-{
-    folder.write("a.xml", "<a><?include b.xml?></a>");
-    folder.write("b.xml", "<b/>");
-    qxXmlDom document;
+    EXPECT_EQ(read("a.xml"), "(a(b(\" x\" &amp;)))");
     document.setReadIncludedXml(false);
-    ASSERT_EQ(readFile(document, "a.xml"), "");
-    EXPECT_EQ(dump(document), "(a(?include b.xml))");
+    EXPECT_EQ(read("a.xml"), "(a(?include b.xml))");
 }
 
 TEST_F(qxXmlDomInclude, areWrittenAsTheInstructionOrInline)
@@ -73,8 +58,7 @@ TEST_F(qxXmlDomInclude, areWrittenAsTheInstructionOrInline)
     folder.write("a.xml", "<a><?include b.xml?><z/><?include c.xml?></a>");
     folder.write("b.xml", "<!--x--><b/><!--y-->");
     folder.write("c.xml", "<c/>");
-    qxXmlDom document;
-    ASSERT_EQ(readFile(document, "a.xml"), "");
+    EXPECT_EQ(read("a.xml"), "(a(!--x-- b !--y-- z c))");
 
     EXPECT_EQ(writtenPlain(document), "<a><?include b.xml?><z/><?include c.xml?></a>");
     const qxRefPointer<qxXmlDom> copy(document.clone());
@@ -88,8 +72,7 @@ TEST_F(qxXmlDomInclude, anItemThatLeavesIsIncludedNoMore)
 {
     folder.write("a.xml", "<a><?include b.xml?><z/></a>");
     folder.write("b.xml", "<!--x--><b/>");
-    qxXmlDom document;
-    ASSERT_EQ(readFile(document, "a.xml"), "");
+    EXPECT_EQ(read("a.xml"), "(a(!--x-- b z))");
 
     document.addItem("a/z", document.findItem("a/b"));
     EXPECT_EQ(writtenPlain(document), "<a><?include b.xml?><z><b/></z></a>");
@@ -101,10 +84,7 @@ TEST_F(qxXmlDomInclude, aCircleLeavesTheInstruction)
 {
     folder.write("a.xml", "<a><?include b.xml?></a>");
     folder.write("b.xml", "<b><?include a.xml?><?include b.xml?></b>");
-    MessageRecorder messages;
-
-    EXPECT_EQ(treeOfFile("a.xml"), "(a(b(?include a.xml ?include b.xml)))");
-
+    EXPECT_EQ(read("a.xml"), "(a(b(?include a.xml ?include b.xml)))");
     EXPECT_EQ(messages.texts(),
               (std::vector<std::string>{"Can not include '" + urlOf("a.xml") + "', which includes itself",
                                         "Can not include '" + urlOf("b.xml") + "', which includes itself"}));
@@ -114,17 +94,17 @@ TEST_F(qxXmlDomInclude, whatCanNotBeReadLeavesTheInstruction)
 {
     folder.write("a.xml", "<a><?include b.xml?><?include none.xml?><?include mem:16,16?></a>");
     folder.write("b.xml", "<b><c></b>");
-    MessageRecorder messages;
+    EXPECT_EQ(read("a.xml"), "(a(?include b.xml ?include none.xml ?include mem:16,16))");
 
-    EXPECT_EQ(treeOfFile("a.xml"), "(a(?include b.xml ?include none.xml ?include mem:16,16))");
-
-    const std::vector<std::string> texts = messages.texts();
+    std::vector<std::string> texts = messages.texts();
     ASSERT_EQ(texts.size(), 4U);
-    EXPECT_EQ(texts[0], "Expected end tag 'c' but got 'b' at (Line:1,Col:9)");
-    EXPECT_EQ(texts[1], "Can not include '" + urlOf("b.xml") + "', which is malformed");
     EXPECT_NE(texts[2].find("none.xml"), std::string::npos);
-    EXPECT_EQ(texts[3],
-              "Can not include 'mem:16,16': a document must not look into the memory of its reader");
+    texts.erase(texts.begin() + 2);
+    EXPECT_EQ(texts,
+              (std::vector<std::string>{
+                  "Expected end tag 'c' but got 'b' at (Line:1,Col:9)",
+                  "Can not include '" + urlOf("b.xml") + "', which is malformed",
+                  "Can not include 'mem:16,16': a document must not look into the memory of its reader"}));
 }
 
 TEST_F(qxXmlDomInclude, depthIsBounded)
@@ -133,10 +113,7 @@ TEST_F(qxXmlDomInclude, depthIsBounded)
         folder.write("d" + std::to_string(i) + ".xml",
                      "<d><?include d" + std::to_string(i + 1) + ".xml?></d>");
     }
-    MessageRecorder messages;
-    qxXmlDom document;
-    ASSERT_EQ(readFile(document, "d0.xml"), "");
-
+    read("d0.xml");
     EXPECT_EQ(document.findItems("//d").entries(), 33U); // the first, and 32 inside each other
     EXPECT_EQ(messages.texts(), (std::vector<std::string>{"Can not include '" + urlOf("d33.xml") +
                                                           "': more than 32 documents include each other"}));
@@ -151,18 +128,14 @@ TEST_F(qxXmlDomInclude, theNumberOfDocumentsIsBounded)
         folder.write("d" + std::to_string(i) + ".xml", text + "</d>");
     }
     folder.write("d10.xml", "<d/>");
-    MessageRecorder messages;
-    qxXmlDom document;
-    ASSERT_EQ(readFile(document, "d0.xml"), "");
-
+    read("d0.xml");
     EXPECT_EQ(document.findItems("//d").entries(), 1001U);
     ASSERT_EQ(messages.texts().size(), 1U);
     EXPECT_NE(messages.texts()[0].find("more than 1000 documents are included"), std::string::npos);
 
-    messages.clear();
-    ASSERT_EQ(readFile(document, "d9.xml"), ""); // the next read counts anew
+    read("d9.xml"); // the next read counts anew
     EXPECT_EQ(document.findItems("//d").entries(), 11U);
-    EXPECT_TRUE(messages.texts().empty());
+    EXPECT_EQ(messages.texts().size(), 1U);
 }
 
 TEST_F(qxXmlDomInclude, keysInTheUrlAreUserKeys)
@@ -170,7 +143,7 @@ TEST_F(qxXmlDomInclude, keysInTheUrlAreUserKeys)
     folder.write("a.xml", "<a><?include $(QX_TEST_FOLDER)/b.xml?></a>");
     folder.write("sub/b.xml", "<b/>");
     setenv("QX_TEST_FOLDER", "sub", 1);
-    EXPECT_EQ(treeOfFile("a.xml"), "(a(b))");
+    EXPECT_EQ(read("a.xml"), "(a(b))");
     unsetenv("QX_TEST_FOLDER");
 }
 

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 class qxDynamicType;
 class qxObject;
@@ -327,6 +328,7 @@ protected:
 
 private:
     friend class qxXmlWriterState;
+    friend class qxXmlDom; // reads into a tree by a way shorter than the calls
 
     enum Flag : unsigned char {
         FLAG_STANDALONE = 1,
@@ -380,6 +382,8 @@ private:
     void closeElement();
     bool readSpecialContent();
     void reportContents();
+    void reportElementEnd();
+    void reportText(std::string_view text);
     [[noreturn]] void failEndTag(const Name& found);
     void takeAttributeValue();
     void skipCData(const Run& run);

@@ -385,4 +385,28 @@ TEST(qxXmlDom, aMillionLevelsLiveAndDie)
     EXPECT_EQ(copy->childEntries(), 0U);
 }
 
+// A plain document takes elements and text from the reader by a way of its own; others get the calls.
+TEST(qxXmlDom, readsThePlainWayWhatItReadsByCalls)
+{
+    class Called final : public qxXmlDom
+    {};
+    for (const char* text : {
+             "<a x='1' y='&lt;&#65;'> t <b z='function:q'/>&amp; u<c>function: v </c> </a>",
+             "<a x='1' y='2' x='3'/>",
+             "<a x='1'><b y='2' z=></a>",
+             "<a x='1'>t<b y='2'>u</c></a>",
+             "<a x='1'>t</a x='2'>",
+             "<a x='1'\xC3></a>",
+             "<a",
+         }) {
+        SCOPED_TRACE(text);
+        qxXmlDom plain;
+        Called called;
+        const std::string error = readText(plain, text);
+        EXPECT_EQ(readText(called, text), error);
+        EXPECT_EQ(dump(called), dump(plain));
+        EXPECT_TRUE(plain.getFirstChild());
+    }
+}
+
 } // namespace

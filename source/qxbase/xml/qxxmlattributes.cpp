@@ -95,6 +95,11 @@ unsigned int qxXmlFindAttribute(const qxXmlAttributeBlock* block, std::string_vi
     return QX_XML_NO_ATTRIBUTE;
 }
 
+qxXmlAttributeBlock* qxXmlNewAttributes(std::size_t count, std::size_t valueSize)
+{
+    return newBlock(sizeof(Block) + count * sizeof(Block::Record) + valueSize);
+}
+
 void qxXmlAppendAttribute(qxXmlAttributeBlock*& block, qxSharedName* name, std::string_view value)
 {
     Block* const old = makeRoom(block, sizeof(Block::Record) + value.size());

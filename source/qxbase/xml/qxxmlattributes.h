@@ -51,6 +51,9 @@ constexpr unsigned int QX_XML_NO_ATTRIBUTE = 0xFFFFFFFF;
 /// The index of the attribute, QX_XML_NO_ATTRIBUTE when there is none.
 unsigned int qxXmlFindAttribute(const qxXmlAttributeBlock* block, std::string_view name);
 
+/// A block without attributes but with room for `count`, whose values together have `valueSize` bytes.
+qxXmlAttributeBlock* qxXmlNewAttributes(std::size_t count, std::size_t valueSize);
+
 /// Appends an attribute that is not there yet. `value` has at most 65,535 bytes and may lie in the block itself.
 void qxXmlAppendAttribute(qxXmlAttributeBlock*& block, qxSharedName* name, std::string_view value);
 void qxXmlReplaceAttribute(qxXmlAttributeBlock*& block, unsigned int index, std::string_view value);

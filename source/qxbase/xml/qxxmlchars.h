@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string_view>
 
 /// Classes of ASCII characters, as bits.
 enum qxXmlClass : unsigned char {
@@ -50,6 +51,15 @@ constexpr std::array<unsigned char, 128> QX_XML_CLASSES = qxMakeXmlClasses();
 inline bool qxIsXmlClass(unsigned int token, unsigned int classes)
 {
     return token < 128 && (QX_XML_CLASSES[token] & classes) != 0;
+}
+
+/// `text` without the white space at both ends.
+inline std::string_view qxStripXmlSpace(std::string_view text)
+{
+    const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
+    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+    return text;
 }
 
 /// One bit for each 16-bit token.

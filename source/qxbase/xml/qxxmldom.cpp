@@ -6,6 +6,7 @@
 
 #include "xml/qxxmlincluder.h"
 #include "xml/qxxmlreferences.h"
+#include "xml/qxxmlsax_scan.h"
 #include "xml/qxxmltreebuilder.h"
 
 #include <string>
@@ -20,14 +21,6 @@ namespace
 std::string_view view(const qxString& text)
 {
     return {text.getString(), text.length()};
-}
-
-std::string_view strip(std::string_view text)
-{
-    const auto isSpace = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
-    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
-    return text;
 }
 
 } // namespace
@@ -78,17 +71,21 @@ void qxXmlDom::read(qxSerializeAdapter* adapter)
 {
     if (refuseWhenBusy()) return;
     // Nobody but this class looks at the tree while it grows, or adds to it: text can be joined at once.
-    const bool joins = m_mergeStandardReferences && typeid(*this) == typeid(qxXmlDom);
+    const bool isAlone = typeid(*this) == typeid(qxXmlDom);
+    const bool joins = m_mergeStandardReferences && isAlone;
+    constexpr qxXmlItemType TAKEN = QX_XML_ELEMENT | QX_XML_ATTRIBUTE | QX_XML_CHARDATA;
     qxXmlIncluder outermost(adapter);
     struct Building {
         Building(qxXmlDom& dom, bool joinsText, qxXmlIncluder& includer)
             : document(dom), isOutermost(!dom.m_includer)
         {
-            document.m_builder = std::make_unique<qxXmlTreeBuilder>(document, joinsText);
+            document.m_builder =
+                std::make_unique<qxXmlTreeBuilder>(document, joinsText, document.m_skipWhiteSpaceCharData);
             if (isOutermost) document.m_includer = &includer;
         }
         ~Building()
         {
+            document.reader().taker = nullptr;
             document.m_builder.reset();
             if (isOutermost) document.m_includer = nullptr;
         }
@@ -102,6 +99,7 @@ void qxXmlDom::read(qxSerializeAdapter* adapter)
     removeChildren();
     {
         const Building building(*this, joins, outermost);
+        if (isAlone && isNotifyingItemType(TAKEN)) reader().taker = m_builder.get();
         qxXmlSax::read(adapter);
     }
     if (m_mergeStandardReferences && !joins) mergeStandardReferencesAndText();
@@ -129,7 +127,7 @@ void qxXmlDom::write(qxXmlSax* writer)
 
 unsigned char qxXmlDom::onElementStart(const qxString& name, unsigned int level)
 {
-    builder().openElement(name, level);
+    builder().openElement(view(name), level);
     return 1;
 }
 
@@ -147,8 +145,7 @@ unsigned char qxXmlDom::onAttribute(const qxString& name, const qxString& value,
 
 unsigned char qxXmlDom::onCharData(const qxString& text, unsigned int level)
 {
-    const std::string_view kept = m_skipWhiteSpaceCharData ? strip(view(text)) : view(text);
-    if (!kept.empty()) builder().addText(kept, level);
+    builder().addText(m_skipWhiteSpaceCharData ? qxStripXmlSpace(view(text)) : view(text), level);
     return 1;
 }
 
@@ -201,6 +198,6 @@ unsigned char qxXmlDom::onWrite()
 // Also for callbacks that are called by something else than read.
 qxXmlTreeBuilder& qxXmlDom::builder()
 {
-    if (!m_builder) m_builder = std::make_unique<qxXmlTreeBuilder>(*this, false);
+    if (!m_builder) m_builder = std::make_unique<qxXmlTreeBuilder>(*this, false, false);
     return *m_builder;
 }

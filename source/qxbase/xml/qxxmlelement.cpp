@@ -4,6 +4,7 @@
 
 #include "qxmessage.h"
 
+#include "xml/qxxmlchars.h"
 #include "xml/qxxmlnames.h"
 #include "xml/qxxmltree.h"
 
@@ -23,13 +24,6 @@ std::string_view view(const qxString& text)
 qxString toString(std::string_view text)
 {
     return qxString(text.data(), text.size());
-}
-
-std::string_view strip(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
 qxXmlAttributeBlock* copyAttributes(const qxXmlAttributeBlock* attributes)
@@ -79,9 +73,9 @@ bool qxXmlElement::indexEvalExpression(const qxString&, const qxString& expressi
     const std::size_t equals = text.find('=');
     if (equals == std::string_view::npos) return false;
 
-    std::string_view name = strip(text.substr(0, equals));
+    std::string_view name = qxStripXmlSpace(text.substr(0, equals));
     if (!name.empty() && name.front() == '@') name.remove_prefix(1);
-    std::string_view value = strip(text.substr(equals + 1));
+    std::string_view value = qxStripXmlSpace(text.substr(equals + 1));
     if (value.size() >= 2 && value.front() == value.back() && (value.front() == '"' || value.front() == '\''))
         value = value.substr(1, value.size() - 2);
 

@@ -8,6 +8,7 @@
 
 #include "core/qxuserkey.h"
 #include "serialize/qxcuttext.h"
+#include "xml/qxxmlchars.h"
 #include "xml/qxxmlincludes.h"
 #include "xml/qxxmltreebuilder.h"
 
@@ -22,13 +23,6 @@ template <class... Arguments>
 void warn(const char* format, const Arguments&... arguments)
 {
     qxMessage::message(QX_LEVEL_WARNING, format, arguments...);
-}
-
-std::string_view strip(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
 } // namespace
@@ -61,7 +55,7 @@ qxXmlIncluder::qxXmlIncluder(qxSerializeAdapter* adapter)
 bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned int level)
 {
     const qxString written = data; // the reader's own string changes while the other document is read
-    const qxString url = qxXmlExpandKeys(strip({written.getString(), written.length()}));
+    const qxString url = qxXmlExpandKeys(qxStripXmlSpace({written.getString(), written.length()}));
     qxSerializeAdapter* const reading = document.getAdapter();
     const qxString base = reading ? reading->getURLBase() : qxString();
     const qxString resolved = qxSerializeAdapter::resolveURL(url, base);

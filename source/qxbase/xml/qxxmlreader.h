@@ -165,6 +165,9 @@ public:
         return {m_bytes.data() + attribute.begin + attribute.nameLength, attribute.valueLength};
     }
 
+    /// True when the value is known to hold no reference.
+    bool isPlain(std::size_t index) const { return m_attributes[index].isPlain; }
+
     /// Appends an attribute without a value; false when one of this name is there from `first` on, the
     /// attributes of one element.
     bool append(std::size_t first, const qxXmlNameCache::Slot& slot)
@@ -178,7 +181,7 @@ public:
         return true;
     }
 
-    /// Appends an attribute whose name and value were written behind the end of the bytes. False when it may be
+    /// Appends an attribute whose name and value, without references, were written behind the end of the bytes. False when it may be
     /// there already, or when there are many: then append finds out.
     bool appendWritten(std::size_t first, const qxXmlNameCache::Slot& slot, std::size_t valueLength)
     {
@@ -187,8 +190,8 @@ public:
         for (std::size_t i = first; i < index; ++i) {
             if (m_attributes[i].key == slot.key) return false;
         }
-        m_attributes.push_back(
-            {m_bytes.size(), slot.byteCount, static_cast<unsigned int>(valueLength), slot.key});
+        m_attributes.push_back({m_bytes.size(), slot.byteCount,
+                                static_cast<unsigned int>(valueLength) & 0x7FFFFFFF, 1, slot.key});
         m_bytes.add(slot.byteCount + valueLength);
         return true;
     }
@@ -200,7 +203,7 @@ public:
     void takeValue()
     {
         Attribute& last = m_attributes.back();
-        last.valueLength = static_cast<unsigned int>(m_bytes.size() - last.begin - last.nameLength);
+        last.valueLength = (m_bytes.size() - last.begin - last.nameLength) & 0x7FFFFFFF;
     }
 
     /// Replaces the last attribute's value.
@@ -231,15 +234,16 @@ private:
     struct Attribute {
         std::size_t begin; // of the name in the bytes; the value stands behind it
         unsigned int nameLength;
-        unsigned int valueLength;
-        qxUInt64 key; // of the name's slot
+        unsigned int valueLength : 31;
+        unsigned int isPlain : 1; // the value holds no reference
+        qxUInt64 key;             // of the name's slot
     };
 
     static std::string_view viewOf(const qxString& text) { return {text.getString(), text.length()}; }
 
     void add(const qxXmlNameCache::Slot& slot)
     {
-        m_attributes.push_back({m_bytes.size(), slot.name.length(), 0, slot.key});
+        m_attributes.push_back({m_bytes.size(), slot.name.length(), 0, 0, slot.key});
         m_bytes.append(slot.name.getString(), slot.name.length());
     }
 
@@ -256,6 +260,24 @@ private:
     std::vector<unsigned int> m_index; // of attributes from m_indexFirst on, plus 1; 0 is free
     std::size_t m_indexFirst = 0;
     std::size_t m_indexed = 0; // the attributes from m_indexFirst to here are entered
+};
+
+/// Takes elements and text in place of the callbacks for them: without strings, and the attributes of an element all at
+/// once.
+class qxXmlContentTaker
+{
+public:
+    virtual void openElement(std::string_view name, unsigned int level) = 0;
+
+    /// The attributes of the element that is open at `level`: those from `first` to `end`, 1 or more. After a fault
+    /// in the document it is called once more for the innermost element, which may have them already.
+    virtual void takeAttributes(const qxXmlAttributeList& attributes, std::size_t first, std::size_t end,
+                                unsigned int level) = 0;
+    virtual void takeText(std::string_view text, unsigned int level) = 0;
+    virtual void closeElement(unsigned int level) = 0;
+
+protected:
+    ~qxXmlContentTaker() = default;
 };
 
 /// One open element.
@@ -279,6 +301,8 @@ public:
     bool isReading = false;
     bool isInIntSubset = false;      ///< of the document type, where few parameter references are allowed
     bool isAttributePending = false; ///< the last attribute has no value yet
+
+    qxXmlContentTaker* taker = nullptr; ///< who sets it clears it
 
     qxString attributeName; ///< of the last attribute when its slot has gone
     qxXmlBytes text;        ///< of the run that is being read
@@ -328,6 +352,14 @@ public:
     {
         if (level < levels.size()) return levels[level].firstAttribute;
         return attributes.size() - (isAttributePending ? 1 : 0);
+    }
+
+    /// Gives the taker the attributes of the innermost element.
+    void giveAttributes()
+    {
+        const std::size_t first = firstAttribute(level());
+        const std::size_t end = endAttribute(level());
+        if (first != end) taker->takeAttributes(attributes, first, end, level());
     }
 
     /// The attribute of an open level; its end when there is none.

@@ -72,6 +72,7 @@ void qxXmlSax::read(qxSerializeAdapter* adapter)
         } catch (const qxParserException& exception) {
             isMalformed = exception.getErrorCode() != qxParserException::REFUSED;
             if (isMalformed && !hasError()) setErrorText(exception.getErrorString());
+            if (m_reader->taker && m_reader->level() != 0) m_reader->giveAttributes();
         }
         reportProgressComplete();
     }

@@ -63,10 +63,9 @@ qxParseResult qxXmlSax::XML_read_14()
     qxXmlReaderState& state = reader();
     state.text.cut(0);
     if (const std::size_t length = copyShortText(state.text.reserve(SHORT_TEXT + 16))) {
-        const qxString& text = state.texts.make(state.text.data(), length);
-        if (!isFunction(viewOf(text))) {
+        if (!isFunction({state.text.data(), length})) {
             m_view.current += length;
-            goOn(onCharData(text, state.level()));
+            reportText({state.text.data(), length});
             return QX_PARSE_OK;
         }
     }
@@ -77,16 +76,30 @@ qxParseResult qxXmlSax::XML_read_14()
         state.text.add(1);
         ++m_view.current;
     }
-    if (state.text.size() == 0) return QX_PARSE_NO_MATCH;
-    if (state.text.size() > qxString::MAX_LENGTH) failCheckAt(run.begin, run.check);
-    const qxString& text = state.texts.make(state.text.data(), state.text.size());
-    if (!isFunction(viewOf(text))) {
-        goOn(onCharData(text, state.level()));
-    } else {
-        const qxString argument(text.getString() + FUNCTION.size(), text.length() - FUNCTION.size());
-        goOn(onCharData(onFunction(argument, state.level()), state.level()));
+    std::string_view text(state.text.data(), state.text.size());
+    if (text.empty()) return QX_PARSE_NO_MATCH;
+    if (text.size() > qxString::MAX_LENGTH) failCheckAt(run.begin, run.check);
+    if (!isFunction(text)) {
+        reportText(text);
+        return QX_PARSE_OK;
     }
+    text.remove_prefix(FUNCTION.size());
+    const qxString result = onFunction(qxString(text.data(), text.size()), state.level());
+    if (state.taker)
+        state.taker->takeText(viewOf(result), state.level());
+    else
+        goOn(onCharData(result, state.level()));
     return QX_PARSE_OK;
+}
+
+/// Reports text that lies in bytes of which some more can be read.
+void qxXmlSax::reportText(std::string_view text)
+{
+    qxXmlReaderState& state = reader();
+    if (state.taker)
+        state.taker->takeText(text, state.level());
+    else
+        goOn(onCharData(state.texts.make(text.data(), text.size()), state.level()));
 }
 
 /// Copies text that is short, of ASCII, whole in the window and ends in "<" or "&": nearly all there is between tags.
@@ -235,8 +248,7 @@ bool qxXmlSax::openElement()
     if (XML_read_44() == QX_PARSE_OK) {
         readSpecialContent();
         qxXmlReaderState& state = reader();
-        if (isNotifyingItemType(QX_XML_ELEMENT))
-            goOn(onElementEnd(state.nameOf(state.levels.back()), state.level()));
+        reportElementEnd();
         state.pop();
         return false;
     }
@@ -273,9 +285,17 @@ void qxXmlSax::closeElement()
     qxXmlReaderState& state = reader();
     if (XML_read_Test_ETag() == QX_PARSE_OK) reportContents();
     if (XML_read_42() != QX_PARSE_OK) failCheck(4201);
-    if (isNotifyingItemType(QX_XML_ELEMENT))
-        goOn(onElementEnd(state.nameOf(state.levels.back()), state.level()));
+    reportElementEnd();
     state.pop();
+}
+
+void qxXmlSax::reportElementEnd()
+{
+    qxXmlReaderState& state = reader();
+    if (state.taker)
+        state.taker->closeElement(state.level());
+    else if (isNotifyingItemType(QX_XML_ELEMENT))
+        goOn(onElementEnd(state.nameOf(state.levels.back()), state.level()));
 }
 
 void qxXmlSax::reportContents()
@@ -306,7 +326,10 @@ qxParseResult qxXmlSax::XML_read_40()
     const Name name = scanName();
     qxXmlNameCache::Slot& slot = state.names.find(name.tokens, name.length);
     state.push(slot, name.tokens, name.length);
-    if (isNotifyingItemType(QX_XML_ELEMENT)) goOn(onElementStart(slot.name, state.level()));
+    if (state.taker)
+        state.taker->openElement(viewOf(slot.name), state.level());
+    else if (isNotifyingItemType(QX_XML_ELEMENT))
+        goOn(onElementStart(slot.name, state.level()));
 
     for (;;) {
         if (readPlainAttribute()) continue;
@@ -316,6 +339,7 @@ qxParseResult qxXmlSax::XML_read_40()
         if (!hadSpace) failCheck(4001);
         if (XML_read_41() != QX_PARSE_OK) failCheck(4002);
     }
+    if (state.taker) state.giveAttributes();
     if (isNotifyingItemType(QX_XML_ATTRIBUTE_END))
         goOn(onElementAttributeEnd(state.nameOf(state.levels.back()), state.level()));
     return QX_PARSE_OK;
@@ -349,7 +373,7 @@ bool qxXmlSax::readPlainAttribute()
     const auto length = static_cast<std::size_t>(from - value);
     if (!state.attributes.appendWritten(state.levels.back().firstAttribute, slot, length)) return false;
     m_view.current = from + 1;
-    if (!isNotifyingItemType(QX_XML_ATTRIBUTE)) return true;
+    if (state.taker || !isNotifyingItemType(QX_XML_ATTRIBUTE)) return true;
     setFlag(FLAG_IN_ATTRIBUTE, true);
     goOn(onAttribute(slot.name, state.texts.make(text, length), state.level()));
     setFlag(FLAG_IN_ATTRIBUTE, false);
@@ -377,7 +401,7 @@ qxParseResult qxXmlSax::XML_read_41()
         if (XML_read_10() != QX_PARSE_OK) failCheck(4101);
     }
     takeAttributeValue();
-    if (isNotifyingItemType(QX_XML_ATTRIBUTE)) {
+    if (!state.taker && isNotifyingItemType(QX_XML_ATTRIBUTE)) {
         const std::size_t last = state.attributes.size() - 1;
         const std::string_view value = state.attributes.valueOf(last);
         const qxString& text = state.texts.make(value.data(), value.size());

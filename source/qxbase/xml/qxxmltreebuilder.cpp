@@ -28,17 +28,18 @@ std::size_t hashSeeded(std::string_view text)
 
 } // namespace
 
-qxXmlTreeBuilder::qxXmlTreeBuilder(qxXmlItem& document, bool joins) : m_joins(joins), m_manyOwner(nullptr)
+qxXmlTreeBuilder::qxXmlTreeBuilder(qxXmlItem& document, bool joins, bool strips)
+    : m_joins(joins), m_strips(strips), m_manyOwner(nullptr)
 {
     m_open.push_back({0, &document, nullptr});
 }
 
-void qxXmlTreeBuilder::openElement(const qxString& name, unsigned int level)
+void qxXmlTreeBuilder::openElement(std::string_view name, unsigned int level)
 {
     if (level == 0) level = 1; // the document stays open
     qxXmlItem& parent = getParent(level - 1);
     qxXmlItem* const before = parent.getLastChild();
-    qxXmlElement* const element = qxXmlTree::newElement(m_names.get({name.getString(), name.length()}));
+    qxXmlElement* const element = qxXmlTree::newElement(m_names.get(name));
     qxXmlTree::append(parent, element);
     m_open.push_back({level, element, before});
 }
@@ -79,6 +80,27 @@ void qxXmlTreeBuilder::setAttribute(const qxString& name, std::string_view value
         qxXmlReplaceAttribute(attributes, index, value);
 }
 
+void qxXmlTreeBuilder::takeAttributes(const qxXmlAttributeList& attributes, std::size_t first,
+                                      std::size_t end, unsigned int level)
+{
+    qxXmlItem& item = getParent(level);
+    if (m_open.back().level != level || !qxXmlTree::isElement(item)) return;
+    qxXmlAttributeBlock*& block = qxXmlTree::getAttributes(static_cast<qxXmlElement&>(item));
+    if (block) return;
+    std::size_t size = 0;
+    for (std::size_t i = first; i < end; ++i) size += attributes.valueOf(i).size();
+    block = qxXmlNewAttributes(end - first, size); // references only get shorter when they are decoded
+    for (std::size_t i = first; i < end; ++i) {
+        std::string_view value = attributes.valueOf(i);
+        if (!attributes.isPlain(i) && value.find('&') != std::string_view::npos) {
+            m_value.clear();
+            qxXmlDecodeReferences(value, m_value);
+            value = m_value;
+        }
+        qxXmlAppendAttribute(block, m_names.get(attributes.nameOf(i)), value);
+    }
+}
+
 // False when the name is certainly new.
 bool qxXmlTreeBuilder::isKnown(const qxXmlAttributeBlock& attributes, std::string_view name)
 {
@@ -87,6 +109,7 @@ bool qxXmlTreeBuilder::isKnown(const qxXmlAttributeBlock& attributes, std::strin
 
 void qxXmlTreeBuilder::addText(std::string_view text, unsigned int level)
 {
+    if (text.empty()) return;
     qxXmlItem& parent = getParent(level);
     qxXmlItem* const last = m_joins ? parent.getLastChild() : nullptr;
     if (last && qxXmlTree::getKind(*last) == qxXmlTree::CHAR_DATA &&

@@ -4,7 +4,9 @@
 #pragma once
 
 #include "xml/qxxmlattributes.h"
+#include "xml/qxxmlchars.h"
 #include "xml/qxxmlnames.h"
+#include "xml/qxxmlreader.h"
 #include "xml/qxxmltree.h"
 
 #include <string>
@@ -16,20 +18,31 @@
 /// element.
 ///
 /// Threads: as the document.
-class qxXmlTreeBuilder
+class qxXmlTreeBuilder final : public qxXmlContentTaker
 {
 public:
-    /// `joins` puts text that follows text into one item at once, as merging would do at the end.
-    qxXmlTreeBuilder(qxXmlItem& document, bool joins);
+    /// `joins` puts text that follows text into one item at once, as merging would do at the end; `strips` drops the
+    /// white space around text that is taken.
+    qxXmlTreeBuilder(qxXmlItem& document, bool joins, bool strips);
 
     /// Appends an element to the item that is open at the level above and opens it at `level`.
-    void openElement(const qxString& name, unsigned int level);
-    void closeElement(unsigned int level);
+    void openElement(std::string_view name, unsigned int level) override;
+    void closeElement(unsigned int level) override;
 
     /// Sets an attribute of the element that is open at `level`; references in the value are replaced.
     void setAttribute(const qxString& name, std::string_view value, unsigned int level);
 
-    /// Appends `text` to the item that is open at `level`, or at the nearest level below that has one.
+    /// Gives the element that is open at `level` all its attributes, unless it has some already.
+    void takeAttributes(const qxXmlAttributeList& attributes, std::size_t first, std::size_t end,
+                        unsigned int level) override;
+
+    void takeText(std::string_view text, unsigned int level) override
+    {
+        addText(m_strips ? qxStripXmlSpace(text) : text, level);
+    }
+
+    /// Appends `text` to the item that is open at `level`, or at the nearest level below that has one; nothing when
+    /// it is empty.
     void addText(std::string_view text, unsigned int level);
 
     /// The same for an item without a parent.
@@ -55,7 +68,8 @@ private:
 
     bool isKnown(const qxXmlAttributeBlock& attributes, std::string_view name);
 
-    bool m_joins;
+    const bool m_joins;
+    const bool m_strips;
     std::vector<Open> m_open; // by rising level, the document first
     qxXmlNames m_names;
     qxXmlAttributeScratch m_scratch;

@@ -109,35 +109,21 @@ TEST(qxXmlItem, refusesWhatCanNotBeAChild)
                                         "Can not add an XML item to itself or to an item beneath it"}));
 }
 
-TEST(qxXmlItem, theCursorGivesEachChildOnce)
+TEST(qxXmlItem, theCursorGivesEachChildOnceWhenChildrenComeAndGo)
 {
-    const Holder parent = family({"a", "b"});
-
-    EXPECT_EQ(restOf(*parent), "ab");
-    EXPECT_EQ(parent->getNextChild(), nullptr);
-    parent->resetChildIterator();
-    EXPECT_EQ(restOf(*parent), "ab");
-}
-
-TEST(qxXmlItem, theCursorGoesOnWhenChildrenComeAndGo)
-{
-    const struct {
-        int given;           // children that the cursor gave before
-        const char* removed; // then this one goes
-        const char* rest;
-    } rows[] = {
-        {0, "a", "bc"}, {1, "a", "bc"}, {2, "a", "c"}, {2, "b", "c"},
-        {1, "b", "c"},  {3, "c", ""},   {2, "c", ""},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.removed) + std::to_string(row.given));
+    // How many children the cursor gave, and which one goes then.
+    const auto rest = [](const std::string& row) {
         const Holder parent = family({"a", "b", "c"});
-        for (int i = 0; i < row.given; ++i) parent->getNextChild();
-        parent->removeChild(parent->findItem(row.removed));
-        EXPECT_EQ(restOf(*parent), row.rest);
+        for (char i = '0'; i < row[0]; ++i) parent->getNextChild();
+        parent->removeChild(parent->findItem(row.substr(1).c_str()));
+        std::string names = restOf(*parent);
         parent->addChild(new qxXmlElement("d"));
-        EXPECT_EQ(restOf(*parent), "d");
-    }
+        names += "+" + restOf(*parent);
+        parent->resetChildIterator();
+        return names + "+" + restOf(*parent);
+    };
+    expectRows(rest, "0a => bc+d+bcd", "1a => bc+d+bcd", "2a => c+d+bcd", "2b => c+d+acd", "1b => c+d+acd",
+               "3c => +d+abd", "2c => +d+abd", "1x => bc+d+abcd");
 }
 
 TEST(qxXmlItem, allCursorsGoBackTogether)
@@ -158,15 +144,19 @@ TEST(qxXmlItem, allCursorsGoBackTogether)
     EXPECT_TRUE(child->getNextAttribute(name, value));
 }
 
-TEST(qxXmlItem, theListOfChildrenSharesThem)
+TEST(qxXmlItem, theListOfChildrenSharesThemAndItsCopyHoldsClones)
 {
     const Holder parent = family({"a", "b"});
+    parent->getFirstChild()->addChild(new qxXmlCharData("text"));
 
-    qxRefList<qxXmlItem> list = parent->getChildList();
-
+    const qxRefList<qxXmlItem> list = parent->getChildList();
     EXPECT_EQ(list.entries(), 2U);
     EXPECT_EQ(list.getFirst(), parent->getFirstChild());
     EXPECT_EQ(list.getFirst()->getRef(), 2U);
+
+    const qxRefList<qxXmlItem> copy(list);
+    EXPECT_NE(copy.getFirst(), list.getFirst());
+    EXPECT_EQ(dump(*copy.getFirst()), "a(\"text\")");
 }
 
 TEST(qxXmlItem, aCloneIsDeepAndStandsAlone)
@@ -190,47 +180,27 @@ TEST(qxXmlItem, aCloneIsDeepAndStandsAlone)
 
 TEST(qxXmlItem, everyClassClonesItself)
 {
-    qxRefList<qxXmlItem> items;
-    items.insert(new qxXmlItem("plain"));
-    items.insert(new qxXmlElement("e"));
-    items.insert(new qxXmlCharData("t"));
-    items.insert(new qxXmlCDATA("c"));
-    items.insert(new qxXmlComment("k"));
-    items.insert(new qxXmlEntityReference("r"));
-    items.insert(new qxXmlPI("t", "d"));
-    items.insert(new qxXmlCustomData("u"));
-    items.insert(new qxXmlDom);
     qxXmlItem all("all");
-    for (qxXmlItem* item : items) {
-        SCOPED_TRACE(item->getTypeName());
+    for (qxXmlItem* item : std::initializer_list<qxXmlItem*>{
+             new qxXmlItem("plain"), new qxXmlElement("e"), new qxXmlCharData("t"), new qxXmlCDATA("c"),
+             new qxXmlComment("k"), new qxXmlEntityReference("r"), new qxXmlPI("t", "d"),
+             new qxXmlCustomData("u"), new qxXmlDom}) {
         item->setCopyMode(QX_COPY_SHARED);
         all.addChild(item);
-        const Holder copy(item->clone());
-        EXPECT_TRUE(copy->isExactType(item->getType()));
-        EXPECT_EQ(dump(*copy), dump(*item));
-        EXPECT_EQ(copy->getCopyMode(), QX_COPY_SHARED);
     }
     const Holder copy(all.clone());
     EXPECT_EQ(dump(*copy), dump(all));
     const qxXmlItem* cloned = copy->getFirstChild();
-    for (qxXmlItem* item : items) {
-        EXPECT_TRUE(cloned->isExactType(item->getType()));
-        EXPECT_EQ(cloned->getCopyMode(), QX_COPY_SHARED);
+    for (qxXmlItem* item = all.getFirstChild(); item; item = item->getNextSibling()) {
+        SCOPED_TRACE(item->getTypeName());
+        const Holder alone(item->clone());
+        for (const qxXmlItem* one : std::initializer_list<const qxXmlItem*>{alone, cloned}) {
+            EXPECT_TRUE(one->isExactType(item->getType()));
+            EXPECT_EQ(one->getCopyMode(), QX_COPY_SHARED);
+        }
+        EXPECT_EQ(dump(*alone), dump(*item));
         cloned = cloned->getNextSibling();
     }
-    all.removeChildren();
-}
-
-TEST(qxXmlItem, aCopiedListOfItemsHoldsClones)
-{
-    qxRefList<qxXmlItem> items;
-    items.insert(new qxXmlElement("a"));
-    items.getFirst()->addChild(new qxXmlCharData("text"));
-
-    const qxRefList<qxXmlItem> copy(items);
-
-    EXPECT_NE(copy.getFirst(), items.getFirst());
-    EXPECT_EQ(dump(*copy.getFirst()), "a(\"text\")");
 }
 
 TEST(qxXmlItem, typesFormTheTreeOfItems)
@@ -309,19 +279,10 @@ TEST(qxXmlItem, describesItselfForDebugging)
 
     document.getFirstChild()->debugOutputTraverse(">", "Item", QX_DEBUG_ALL);
 
-    const std::vector<std::string> expected = {
-        ">Item=a",
-        ">Children count:2",
-        ">Attribute count:1",
-        "> x=50%d",
-        ">  Item=<char_data>",
-        ">  CharData:text",
-        ">  Children count:0",
-        ">  Item=b",
-        ">  Children count:0",
-        ">  Attribute count:0",
-    };
-    EXPECT_EQ(messages.texts(), expected);
+    EXPECT_EQ(messages.texts(),
+              (std::vector<std::string>{">Item=a", ">Children count:2", ">Attribute count:1", "> x=50%d",
+                                        ">  Item=<char_data>", ">  CharData:text", ">  Children count:0",
+                                        ">  Item=b", ">  Children count:0", ">  Attribute count:0"}));
     for (const RecordedMessage& message : messages.messages()) EXPECT_EQ(message.level, QX_LEVEL_DEBUG);
 }
 

@@ -387,6 +387,8 @@ private:
     [[noreturn]] void failEndTag(const Name& found);
     void takeAttributeValue();
     void skipCData(const Run& run);
+    bool beginDeclaration(const char16_t* start, const char16_t* rest, unsigned int check);
+    void endDeclaration(unsigned int check);
     void storeDocumentType(qxUInt64 begin);
     void readSubset(bool isInternal, unsigned int depth);
     bool openIncludeSection();

@@ -7,26 +7,40 @@
 
 qxParseResult qxXmlSax::XML_read_28()
 {
-    if (peek(0) != u'<' || peek(1) != u'!' || peek(2) != u'D') return QX_PARSE_NO_MATCH;
+    if (!isNextText(u"<!D")) return QX_PARSE_NO_MATCH;
     const qxUInt64 begin = getTokenPos();
     if (m_keepsDocumentType) setHistory(qxString::MAX_LENGTH + 1); // a longer one is not held
     const bool wasNotifying = (m_flags & FLAG_NOTIFY) != 0;
     enableNotifications(false); // comments, instructions and references in here are not the document's
-    m_view.current += 2;
-    expectText(u"DOCTYPE", 2801);
-    expectSpace(2802);
+    beginDeclaration(u"<!D", u"OCTYPE", 2801);
     expectName(2803);
     if (skipSpace() && XML_read_75() == QX_PARSE_OK) skipSpace();
     if (peek(0) == u'[') {
         ++m_view.current;
         XML_read_28b();
         expect(u']', 2804);
-        skipSpace();
     }
-    expect(u'>', 2805);
+    endDeclaration(2805);
     enableNotifications(wasNotifying);
     if (m_keepsDocumentType) storeDocumentType(begin);
     return QX_PARSE_OK;
+}
+
+/// Takes the word that begins a declaration and the white space behind it, which are the checks `check` and the
+/// next, when `start` stands here: as much of it as no other declaration begins with.
+bool qxXmlSax::beginDeclaration(const char16_t* start, const char16_t* rest, unsigned int check)
+{
+    if (!isNextText(start)) return false;
+    expectText(start, check);
+    expectText(rest, check);
+    expectSpace(check + 1);
+    return true;
+}
+
+void qxXmlSax::endDeclaration(unsigned int check)
+{
+    skipSpace();
+    expect(u'>', check);
 }
 
 void qxXmlSax::storeDocumentType(qxUInt64 begin)
@@ -107,15 +121,11 @@ qxParseResult qxXmlSax::XML_read_31()
 
 qxParseResult qxXmlSax::XML_read_45()
 {
-    if (!isNextText(u"<!EL")) return QX_PARSE_NO_MATCH;
-    m_view.current += 4;
-    expectText(u"EMENT", 4501);
-    expectSpace(4502);
+    if (!beginDeclaration(u"<!EL", u"EMENT", 4501)) return QX_PARSE_NO_MATCH;
     expectName(4503);
     expectSpace(4504);
     if (XML_read_46() != QX_PARSE_OK) failCheck(4601);
-    skipSpace();
-    expect(u'>', 4505);
+    endDeclaration(4505);
     return QX_PARSE_OK;
 }
 
@@ -225,10 +235,7 @@ qxParseResult qxXmlSax::XML_read_51()
 
 qxParseResult qxXmlSax::XML_read_52()
 {
-    if (!isNextText(u"<!A")) return QX_PARSE_NO_MATCH;
-    m_view.current += 2;
-    expectText(u"ATTLIST", 5201);
-    expectSpace(5202);
+    if (!beginDeclaration(u"<!A", u"TTLIST", 5201)) return QX_PARSE_NO_MATCH;
     expectName(5203);
     while (skipSpace() && XML_read_53() == QX_PARSE_OK) {}
     expect(u'>', 5204);
@@ -398,10 +405,7 @@ qxParseResult qxXmlSax::XML_read_69()
 
 qxParseResult qxXmlSax::XML_read_70()
 {
-    if (!isNextText(u"<!EN")) return QX_PARSE_NO_MATCH;
-    m_view.current += 4;
-    expectText(u"TITY", 7001);
-    expectSpace(7002);
+    if (!beginDeclaration(u"<!EN", u"TITY", 7001)) return QX_PARSE_NO_MATCH;
     if (XML_read_72() == QX_PARSE_OK || XML_read_71() == QX_PARSE_OK) return QX_PARSE_OK;
     failCheck(7101);
 }
@@ -411,8 +415,7 @@ qxParseResult qxXmlSax::XML_read_71()
     if (XML_read_05() != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
     expectSpace(7102);
     if (XML_read_73() != QX_PARSE_OK) failCheck(7103);
-    skipSpace();
-    expect(u'>', 7104);
+    endDeclaration(7104);
     return QX_PARSE_OK;
 }
 
@@ -424,8 +427,7 @@ qxParseResult qxXmlSax::XML_read_72()
     expectName(7202);
     expectSpace(7203);
     if (XML_read_74() != QX_PARSE_OK) failCheck(7204);
-    skipSpace();
-    expect(u'>', 7205);
+    endDeclaration(7205);
     return QX_PARSE_OK;
 }
 
@@ -489,10 +491,7 @@ qxParseResult qxXmlSax::XML_read_79()
 
 qxParseResult qxXmlSax::XML_read_82()
 {
-    if (!isNextText(u"<!N")) return QX_PARSE_NO_MATCH;
-    m_view.current += 2;
-    expectText(u"NOTATION", 8201);
-    expectSpace(8202);
+    if (!beginDeclaration(u"<!N", u"OTATION", 8201)) return QX_PARSE_NO_MATCH;
     expectName(8203);
     expectSpace(8204);
     if (XML_read_83() == QX_PARSE_OK) {
@@ -500,8 +499,7 @@ qxParseResult qxXmlSax::XML_read_82()
     } else if (XML_read_75() != QX_PARSE_OK) {
         failCheck(8205);
     }
-    skipSpace();
-    expect(u'>', 8206);
+    endDeclaration(8206);
     return QX_PARSE_OK;
 }
 

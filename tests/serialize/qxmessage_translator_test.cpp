@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <list>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
@@ -38,10 +37,7 @@ protected:
 
     ~qxDefaultTranslator() override { qxMessageTranslatorInterface::useDefaultTranslator(false); }
 
-    void writeFile(const std::string& content, const char* name = "test.lng") const
-    {
-        m_folder.write(name, content);
-    }
+    void writeFile(const std::string& content) const { m_folder.write("test.lng", content); }
 
     static std::string translate(const char* text, const char* sender = "Me")
     {
@@ -80,12 +76,17 @@ TEST_F(qxDefaultTranslator, readsTheLanguageFile)
     for (const auto& row : rows) EXPECT_EQ(translate(row.text, row.sender), row.translation);
 }
 
-TEST_F(qxDefaultTranslator, prefersTheSendersOwnTranslation)
+TEST_F(qxDefaultTranslator, prefersTheSendersOwnTranslationAndEnteredOnes)
 {
     writeFile("\tyes\tja\n"
-              "Me\tyes\tjawohl\n");
+              "Me\tyes\tjawohl\n"
+              "\tentered\tfrom the file\n");
+    qxMessage::setTranslation("", "entered", "by hand");
+    qxMessage::setTranslation("You", "entered", "by your hand");
     EXPECT_EQ(translate("yes", "Me"), "jawohl");
     EXPECT_EQ(translate("yes", "You"), "ja");
+    EXPECT_EQ(translate("entered", "Me"), "by hand");
+    EXPECT_EQ(translate("entered", "You"), "by your hand");
 }
 
 TEST_F(qxDefaultTranslator, takesTheSectionOfTheCurrentLanguage)
@@ -108,15 +109,6 @@ TEST_F(qxDefaultTranslator, takesTheSectionOfTheCurrentLanguage)
         EXPECT_EQ(translate("yes"), row.yes);
         EXPECT_EQ(translate("no"), row.no);
     }
-}
-
-TEST_F(qxDefaultTranslator, putsEnteredTranslationsFirst)
-{
-    writeFile("\tentered\tfrom the file\n");
-    qxMessage::setTranslation("", "entered", "by hand");
-    qxMessage::setTranslation("You", "entered", "by your hand");
-    EXPECT_EQ(translate("entered", "Me"), "by hand");
-    EXPECT_EQ(translate("entered", "You"), "by your hand");
 }
 
 TEST_F(qxDefaultTranslator, anEmptyTranslationSuppressesAMessage)
@@ -143,7 +135,7 @@ TEST_F(qxDefaultTranslator, theWarningAboutAMissingFileIsNotTranslated)
 
 TEST_F(qxDefaultTranslator, isReadFromQuaxosdkLngWithoutAKey)
 {
-    writeFile("\tyes\tda\n", "quaxosdk.lng");
+    m_folder.write("quaxosdk.lng", "\tyes\tda\n");
     setUserKey("QUAXO_LANGUAGE_FILE", "");
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(m_folder.path());
@@ -179,17 +171,13 @@ TEST_F(qxDefaultTranslator, isSwitchedOffOnlyWhenItIsInstalled)
 TEST_F(qxDefaultTranslator, threadsTranslateWhileTheLanguageChanges)
 {
     writeFile("[a]\n\tyes\tone\n[b]\n\tyes\tother\n");
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-        threads.emplace_back([] {
-            for (int n = 0; n < 50; ++n) {
-                const std::string text = translate("yes");
-                ASSERT_TRUE(text == "one" || text == "other" || text == "yes") << text;
-            }
-        });
-    }
-    for (int n = 0; n < 20; ++n) qxMessageTranslatorInterface::setCurrentLanguage(n % 2 ? "a" : "b");
-    for (std::thread& thread : threads) thread.join();
+    onThreads(3, [](unsigned int number) {
+        for (int n = 0; n < 50; ++n) {
+            if (number == 0) qxMessageTranslatorInterface::setCurrentLanguage(n % 2 ? "a" : "b");
+            const std::string text = translate("yes");
+            ASSERT_TRUE(text == "one" || text == "other" || text == "yes") << text;
+        }
+    });
 }
 
 TEST(qxMessageTranslatorInterface, theFirstLanguageIsAUserKey)

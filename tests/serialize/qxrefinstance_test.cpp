@@ -7,39 +7,29 @@
 namespace
 {
 
-TEST(qxRefInstanceArray, givesObjectsByTheirID)
+TEST(qxRefInstanceArray, holdsObjectsAndGivesThemByTheirID)
 {
     const qxRefPointer<qxReference> first(new qxReference);
     const qxRefPointer<qxReference> second(new qxReference);
-    qxRefInstanceArray array;
-    EXPECT_EQ(array.add(first), 0U);
-    EXPECT_EQ(array.add(second), 1U);
-    EXPECT_EQ(array.add(first), 2U);
-
-    EXPECT_EQ(array.get(0), first.get());
-    EXPECT_EQ(array.get(1), second.get());
-    EXPECT_EQ(array.get(2), first.get());
-    EXPECT_EQ(array.get(3), nullptr);
-    EXPECT_EQ(array.get(0xFFFFFFFF), nullptr);
-}
-
-TEST(qxRefInstanceArray, holdsItsObjects)
-{
-    const qxRefPointer<qxReference> object(new qxReference);
     {
         qxRefInstanceArray array;
-        array.add(object);
+        for (const unsigned int id : {0U, 1U, 2U}) EXPECT_EQ(array.add(id == 1 ? second : first), id);
         qxRefInstanceArray copy;
         copy.add(new qxReference); // goes by the assignment
         copy = array;
         const qxRefInstanceArray& same = copy;
         copy = same;
-        EXPECT_EQ(object->getRef(), 3U);
         array.clear();
         EXPECT_EQ(array.getCount(), 0U);
-        EXPECT_EQ(object->getRef(), 2U);
+
+        EXPECT_EQ(copy.get(0), first.get());
+        EXPECT_EQ(copy.get(1), second.get());
+        EXPECT_EQ(copy.get(2), first.get());
+        EXPECT_EQ(copy.get(3), nullptr);
+        EXPECT_EQ(copy.get(0xFFFFFFFF), nullptr);
+        EXPECT_EQ(first->getRef(), 3U);
     }
-    EXPECT_EQ(object->getRef(), 1U);
+    EXPECT_EQ(first->getRef(), 1U);
 }
 
 TEST(qxRefInstanceDictionary, givesTheIDOfAnObject)

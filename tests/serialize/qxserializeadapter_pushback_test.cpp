@@ -5,46 +5,28 @@
 #include "qxteststream.h"
 #include "qxtestsupport.h"
 
-#include <vector>
-
 namespace
 {
 
-TEST(qxSerializeAdapterPushBack, theLastByteGivenBackComesFirst)
+TEST(qxSerializeAdapterPushBack, comesBeforeTheStreamInTheOrderOfItsMode)
 {
-    TestStream stream("z");
-    stream.pushBack('a');
-    stream.pushBack('b');
-    EXPECT_EQ(stream.read(), 'b');
-    EXPECT_EQ(stream.read(), 'a');
-    EXPECT_EQ(stream.read(), 'z');
-}
-
-TEST(qxSerializeAdapterPushBack, blocksComeInTheirOrder)
-{
-    TestBlock stream("\4\5");
-    pushBackText(stream, "\1\2\3");
-    EXPECT_EQ(readBlock(stream, 5), "\1\2\3\4\5");
-}
-
-TEST(qxSerializeAdapterPushBack, theOtherModeIsAQueue)
-{
-    TestBlock stream("yz");
-    stream.setPushBackMode(1);
-    stream.pushBack('a');
-    stream.pushBack('b');
-    pushBackText(stream, "cde");
-    EXPECT_EQ(readBlock(stream, 7), "abcdeyz");
-}
-
-TEST(qxSerializeAdapterPushBack, countsForTheLength)
-{
-    TestBlock stream("xyz");
-    pushBackText(stream, "ab");
-    EXPECT_EQ(stream.length(), 5U);
-    EXPECT_EQ(stream.getPushBackCount(), 2U);
-    stream.read();
-    EXPECT_EQ(stream.length(), 4U);
+    const struct {
+        unsigned char mode;
+        const char* read;
+    } rows[] = {{0, "123bayz"}, {1, "ab123yz"}}; // a block is read in its own order either way
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.read);
+        TestBlock stream("yz");
+        stream.setPushBackMode(row.mode);
+        stream.pushBack('a');
+        stream.pushBack('b');
+        pushBackText(stream, "123");
+        EXPECT_EQ(stream.getPushBackCount(), 5U);
+        EXPECT_EQ(stream.length(), 7U);
+        EXPECT_EQ(stream.read(), row.read[0]);
+        EXPECT_EQ(stream.length(), 6U);
+        EXPECT_EQ(readBlock(stream, 9), row.read + 1);
+    }
 }
 
 TEST(qxSerializeAdapterPushBack, flushEmptiesTheStoreAndKeepsItsMemory)
@@ -114,10 +96,10 @@ TEST(qxSerializeAdapterPushBack, aMillionSingleBytesComeBack)
 
 TEST(qxSerializeAdapterPushBack, theStreamsBytesComeBehindThoseGivenBack)
 {
-    for (const int mode : {0, 1}) {
-        SCOPED_TRACE(mode);
+    for (const unsigned char mode : PUSH_BACK_MODES) {
+        SCOPED_TRACE(int{mode});
         TestBlock stream("cdef");
-        stream.setPushBackMode(static_cast<unsigned char>(mode));
+        stream.setPushBackMode(mode);
         pushBackText(stream, "0ab");
         stream.read();
         stream.pushBackAdapterData();

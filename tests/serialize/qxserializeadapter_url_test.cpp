@@ -10,7 +10,6 @@
 #include "qxurlmanager.h"
 
 #include <filesystem>
-#include <thread>
 #include <vector>
 
 namespace
@@ -24,18 +23,8 @@ TEST(qxSerializeAdapterURL, schemes)
         const char* url;
         const char* scheme;
     } rows[] = {
-        {"", ""},
-        {"a/b", ""},
-        {"file:a", "file"},
-        {"FILE:a", "file"},
-        {"mem:1,2", "mem"},
-        {"c:\\a.xml", ""},
-        {":a", ""},
-        {"1a:b", ""},
-        {"a/b:c", ""},
-        {"x-y.z+1:q", "x-y.z+1"},
-        {"http://h", "http"},
-        {"zip:", "zip"},
+        {"", ""},      {"a/b", ""},  {"FILE:a", "file"}, {"mem:1,2", "mem"},       {"c:\\a.xml", ""},
+        {":a", ""},    {"1a:b", ""}, {"a/b:c", ""},      {"x-y.z+1:q", "x-y.z+1"}, {"zip:", "zip"},
         {"a b:c", ""},
     };
     for (const auto& row : rows)
@@ -137,13 +126,8 @@ TEST(qxSerializeAdapterURL, opensPathsAndFileURLs)
 TEST(qxSerializeAdapterURL, opensFilesForWriting)
 {
     const TestFolder folder;
-    folder.write("a", "old");
-    {
-        const Stream stream =
-            qxSerializeAdapter::getURLAdapter(("file:" + folder.name("a")).c_str(), QX_SERIALIZE_APPEND);
-        ASSERT_TRUE(stream);
-        stream->write("new", 3);
-    }
+    const std::string url = "file:" + folder.write("a", "old");
+    qxSerializeAdapter::getURLAdapter(url.c_str(), QX_SERIALIZE_APPEND)->write("new", 3);
     EXPECT_EQ(folder.read("a"), "oldnew");
 }
 
@@ -199,17 +183,6 @@ TEST(qxSerializeAdapterURL, warnsAboutWhatItCannotOpen)
         {missing, "",
          "URL Adapter (" + missing + ") Error:Could not open '" + missing +
              "' for reading (No such file or directory)"},
-        {"mem:", "", "Wrong syntax in (mem:address,len) adapter arguments ()"},
-        {"mem:12", "", "Wrong syntax in (mem:address,len) adapter arguments (12)"},
-        {"mem:0,1", "", "Wrong syntax in (mem:address,len) adapter arguments (0,1)"},
-        {"mem:1,x", "", "Wrong syntax in (mem:address,len) adapter arguments (1,x)"},
-        {"mem:1,2,3", "", "Wrong syntax in (mem:address,len) adapter arguments (1,2,3)"},
-        {"mem:1,4294967296", "", "Wrong syntax in (mem:address,len) adapter arguments (1,4294967296)"},
-        {"mem:0xFFFFFFFFFFFFFFFF,2", "",
-         "Wrong syntax in (mem:address,len) adapter arguments (0xFFFFFFFFFFFFFFFF,2)"},
-        {"mem:99999999999999999999,1", "",
-         "Wrong syntax in (mem:address,len) adapter arguments (99999999999999999999,1)"},
-        {"mem:-1,1", "", "Wrong syntax in (mem:address,len) adapter arguments (-1,1)"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.url.substr(0, 100));
@@ -218,6 +191,14 @@ TEST(qxSerializeAdapterURL, warnsAboutWhatItCannotOpen)
             qxSerializeAdapter::getURLAdapter(row.url.c_str(), QX_SERIALIZE_INPUT, row.base.c_str()));
         const std::vector<RecordedMessage> expected = {{"QuaxoSDK", QX_LEVEL_WARNING, row.message}};
         EXPECT_EQ(recorder.messages(), expected);
+    }
+    for (const std::string arguments : {"", "12", "0,1", "1,x", "1,2,3", "1,4294967296",
+                                        "0xFFFFFFFFFFFFFFFF,2", "99999999999999999999,1", "-1,1"}) {
+        MessageRecorder recorder;
+        EXPECT_FALSE(qxSerializeAdapter::getURLAdapter(("mem:" + arguments).c_str()));
+        EXPECT_EQ(recorder.texts(),
+                  std::vector<std::string>{"Wrong syntax in (mem:address,len) adapter arguments (" +
+                                           arguments + ")"});
     }
 }
 
@@ -280,9 +261,8 @@ TEST(qxSerializeAdapterURL, aManagerIsRegisteredOncePerScheme)
     EXPECT_EQ(manager->getRef(), 3U);
 
     qxSerializeAdapter::unregisterURLManager(manager);
-    EXPECT_FALSE(qxSerializeAdapter::hasRegisteredURLManager("first"));
-    EXPECT_FALSE(qxSerializeAdapter::hasRegisteredURLManager("second"));
-    EXPECT_TRUE(qxSerializeAdapter::hasRegisteredURLManager("third"));
+    for (const char* const scheme : {"first", "second", "third"})
+        EXPECT_EQ(qxSerializeAdapter::hasRegisteredURLManager(scheme), scheme == std::string("third"));
     EXPECT_FALSE(qxSerializeAdapter::getURLManager("first"));
     qxSerializeAdapter::unregisterURLManager(other);
     EXPECT_EQ(manager->getRef(), 1U);
@@ -293,7 +273,7 @@ TEST(qxSerializeAdapterURL, aManagerGoesOutsideTheLock)
     TestManager* const manager = new TestManager;
     bool wasAsked = false;
     manager->onDelete = [&] {
-        std::thread([&] { wasAsked = !qxSerializeAdapter::hasRegisteredURLManager("gone"); }).join();
+        wasAsked = onAnotherThread([] { return !qxSerializeAdapter::hasRegisteredURLManager("gone"); });
     };
     ASSERT_TRUE(qxSerializeAdapter::registerURLManager("gone", manager));
     qxSerializeAdapter::unregisterURLManager(manager);
@@ -302,21 +282,15 @@ TEST(qxSerializeAdapterURL, aManagerGoesOutsideTheLock)
 
 TEST(qxSerializeAdapterURL, threadsUseTheRegistry)
 {
-    std::vector<std::thread> threads;
-    std::atomic<int> opened{0};
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&, i] {
-            const qxString scheme = qxString::str("test%d", i);
-            for (int k = 0; k < 100; ++k) {
-                const qxRefPointer<TestManager> manager(new TestManager);
-                qxSerializeAdapter::registerURLManager(scheme, manager);
-                if (qxSerializeAdapter::getURLAdapter(scheme + ":x")) ++opened;
-                qxSerializeAdapter::unregisterURLManager(manager);
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(opened, 400);
+    onThreads(4, [](unsigned int number) {
+        const qxString scheme = qxString::str("test%d", number);
+        for (int k = 0; k < 100; ++k) {
+            const qxRefPointer<TestManager> manager(new TestManager);
+            qxSerializeAdapter::registerURLManager(scheme, manager);
+            EXPECT_TRUE(qxSerializeAdapter::getURLAdapter(scheme + ":x"));
+            qxSerializeAdapter::unregisterURLManager(manager);
+        }
+    });
 }
 
 } // namespace

@@ -25,10 +25,7 @@ protected:
         file.reset();
         file = std::make_unique<qxSerializeAdapterFile>(name.c_str(), action, update);
     }
-    void writeText(const std::string& text)
-    {
-        file->write(text.data(), static_cast<unsigned int>(text.size()));
-    }
+    void write(const std::string& text) { writeText(*file, text); }
     std::string content() const { return folder.read("a"); }
     qxUInt64 sizeOnDisk() const { return std::filesystem::file_size(name); }
 
@@ -44,45 +41,36 @@ protected:
     std::unique_ptr<qxSerializeAdapterFile> file;
 };
 
-TEST_F(qxSerializeAdapterFileWriteTest, replacesTheContent)
-{
-    open(QX_SERIALIZE_OUTPUT);
-    EXPECT_EQ(content(), "");
-    EXPECT_EQ(file->canSeek(), 0);
-    EXPECT_EQ(file->supportAction(QX_SERIALIZE_OUTPUT), 1);
-    EXPECT_EQ(file->supportAction(QX_SERIALIZE_INPUT), 0);
-    file->write('a');
-    writeText("bc");
-    EXPECT_EQ(file->length(), 3U);
-    EXPECT_EQ(closed(), "abc");
-}
-
-TEST_F(qxSerializeAdapterFileWriteTest, updatingAppends)
+TEST_F(qxSerializeAdapterFileWriteTest, replacesTheContentOrAppendsToIt)
 {
     const struct {
         qxSerializeAction action;
         unsigned char update;
-    } rows[] = {{QX_SERIALIZE_OUTPUT, 1}, {QX_SERIALIZE_APPEND, 0}, {QX_SERIALIZE_APPEND, 1}};
+        const char* before; // null for no file
+        const char* kept;
+    } rows[] = {
+        {QX_SERIALIZE_OUTPUT, 0, "old", ""},    {QX_SERIALIZE_OUTPUT, 1, "old", "old"},
+        {QX_SERIALIZE_APPEND, 0, "old", "old"}, {QX_SERIALIZE_APPEND, 1, "old", "old"},
+        {QX_SERIALIZE_OUTPUT, 0, nullptr, ""},  {QX_SERIALIZE_OUTPUT, 1, nullptr, ""},
+    };
     for (const auto& row : rows) {
-        folder.write("a", "0123456789");
+        SCOPED_TRACE(testing::Message() << row.action << int{row.update});
+        if (row.before)
+            folder.write("a", row.before);
+        else
+            std::filesystem::remove(name);
+        const std::string kept = row.kept;
         open(row.action, row.update);
-        EXPECT_EQ(file->canSeek(), 1);
+        EXPECT_EQ(content(), kept);
+        EXPECT_EQ(file->canSeek(), row.action == QX_SERIALIZE_APPEND || row.update);
         EXPECT_EQ(file->supportAction(QX_SERIALIZE_OUTPUT), 1);
+        EXPECT_EQ(file->supportAction(QX_SERIALIZE_INPUT), 0);
         EXPECT_EQ(file->supportAction(QX_SERIALIZE_APPEND), 0);
-        EXPECT_EQ(file->length(), 10U);
-        writeText("ab");
-        EXPECT_EQ(file->length(), 12U);
-        EXPECT_EQ(closed(), "0123456789ab");
+        file->write('a');
+        write("bc");
+        EXPECT_EQ(file->length(), kept.size() + 3);
+        EXPECT_EQ(closed(), kept + "abc");
     }
-}
-
-TEST_F(qxSerializeAdapterFileWriteTest, updatingCreatesAMissingFile)
-{
-    std::filesystem::remove(name);
-    open(QX_SERIALIZE_OUTPUT, 1);
-    EXPECT_FALSE(file->hasError());
-    writeText("new");
-    EXPECT_EQ(closed(), "new");
 }
 
 TEST_F(qxSerializeAdapterFileWriteTest, singleBytesReachTheFileAMillionAtATime)
@@ -110,8 +98,8 @@ TEST_F(qxSerializeAdapterFileWriteTest, blocksReachTheFileWhenTheQueueIsFull)
     for (const auto& row : rows) {
         SCOPED_TRACE(std::to_string(row.first) + " " + std::to_string(row.second));
         open(QX_SERIALIZE_OUTPUT);
-        writeText(std::string(row.first, '1'));
-        writeText(std::string(row.second, '2'));
+        write(std::string(row.first, '1'));
+        write(std::string(row.second, '2'));
         EXPECT_EQ(sizeOnDisk(), row.onDisk);
         EXPECT_EQ(file->length(), row.first + row.second);
         EXPECT_TRUE(closed() == std::string(row.first, '1') + std::string(row.second, '2'));
@@ -133,15 +121,15 @@ TEST_F(qxSerializeAdapterFileWriteTest, readingRaises)
 TEST_F(qxSerializeAdapterFileWriteTest, withoutUpdateASeekStaysInsideTheFile)
 {
     open(QX_SERIALIZE_OUTPUT);
-    writeText("abcdef");
+    write("abcdef");
     EXPECT_EQ(file->seek(7, QX_ORIGIN_START), 0U);
     EXPECT_EQ(file->reset(7), 0);
     EXPECT_EQ(file->seek(1, QX_ORIGIN_END), 0U);
     EXPECT_EQ(file->seek(-2, QX_ORIGIN_END), 4U);
-    writeText("X");
+    write("X");
     EXPECT_EQ(file->length(), 5U);
     EXPECT_EQ(file->seek(6, QX_ORIGIN_START), 6U);
-    writeText("Y");
+    write("Y");
     EXPECT_EQ(closed(), "abcdXfY");
 }
 
@@ -150,60 +138,51 @@ TEST_F(qxSerializeAdapterFileWriteTest, anUpdateOverwritesInTheMiddle)
     open(QX_SERIALIZE_OUTPUT, 1);
     EXPECT_EQ(file->seek(2, QX_ORIGIN_START), 2U);
     EXPECT_EQ(file->length(), 2U);
-    writeText("AB");
+    write("AB");
     EXPECT_EQ(file->length(), 4U);
     file->flush(); // goes to the end
-    writeText("C");
+    write("C");
+    EXPECT_EQ(file->seek(-1, QX_ORIGIN_CURRENT), 10U); // from the end as well
+    write("c");
     EXPECT_EQ(file->seek(13, QX_ORIGIN_START), 13U); // beyond the end
-    writeText("D");
-    EXPECT_EQ(closed(), std::string("01AB456789C\0\0D", 14));
+    write("D");
+    EXPECT_EQ(closed(), std::string("01AB456789c\0\0D", 14));
 }
 
 TEST_F(qxSerializeAdapterFileWriteTest, aLongOverwriteGoesOnBehindItself)
 {
-    folder.write("a", std::string(3 * QUEUE, '.'));
+    std::string expected(3 * QUEUE, '.');
+    folder.write("a", expected);
     open(QX_SERIALIZE_OUTPUT, 1);
     file->seek(100, QX_ORIGIN_START);
-    for (int i = 0; i < 4; ++i) writeText(std::string(QUEUE / 2, static_cast<char>('a' + i)));
-    std::string expected(3 * QUEUE, '.');
-    for (int i = 0; i < 4; ++i)
-        expected.replace(100 + static_cast<std::size_t>(i) * (QUEUE / 2), QUEUE / 2,
-                         std::string(QUEUE / 2, static_cast<char>('a' + i)));
+    for (unsigned int i = 0; i < 4; ++i) {
+        const std::string half(QUEUE / 2, static_cast<char>('a' + i));
+        write(half);
+        expected.replace(100 + i * half.size(), half.size(), half);
+    }
     EXPECT_TRUE(closed() == expected);
-}
-
-TEST_F(qxSerializeAdapterFileWriteTest, theCurrentPositionWhenWritingIsTheEnd)
-{
-    open(QX_SERIALIZE_OUTPUT, 1);
-    file->seek(3, QX_ORIGIN_START);
-    writeText("x");
-    EXPECT_EQ(file->seek(-1, QX_ORIGIN_CURRENT), 9U);
-    writeText("y");
-    EXPECT_EQ(closed(), "012x45678y");
 }
 
 TEST_F(qxSerializeAdapterFileWriteTest, whatCannotBeOpenedKeepsNothing)
 {
-    qxSerializeAdapterFile none(folder.name("no/file").c_str(), QX_SERIALIZE_OUTPUT);
-    EXPECT_EQ(
-        none.getError(),
-        ("Could not open '" + folder.name("no/file") + "' for writing (No such file or directory)").c_str());
-    const std::string block(600000, 'x');
-    MessageRecorder recorder;
-    for (int i = 0; i < 5; ++i) none.write(block.data(), 600000);
-    none.write('x');
-    EXPECT_EQ(none.length(), 1000000U);
-    EXPECT_EQ(none.getError(), ("Could not flush to file '" + folder.name("no/file") + "'").c_str());
-    EXPECT_EQ(none.reset(0), 0);
-    EXPECT_EQ(none.length(), 0U);
-    EXPECT_TRUE(recorder.messages().empty());
-}
-
-TEST_F(qxSerializeAdapterFileWriteTest, aDirectoryCannotBeWritten)
-{
     qxSerializeAdapterFile directory(folder.path().c_str(), QX_SERIALIZE_OUTPUT, 1);
     EXPECT_EQ(directory.getError(),
               ("Could not open '" + folder.path().string() + "' for writing (Is a directory)").c_str());
+
+    const std::string missing = folder.name("no/file");
+    MessageRecorder recorder;
+    {
+        qxSerializeAdapterFile none(missing.c_str(), QX_SERIALIZE_OUTPUT);
+        EXPECT_EQ(none.getError(),
+                  ("Could not open '" + missing + "' for writing (No such file or directory)").c_str());
+        for (int i = 0; i < 5; ++i) writeText(none, std::string(600000, 'x'));
+        none.write('x');
+        EXPECT_EQ(none.length(), 1000000U);
+        EXPECT_EQ(none.getError(), ("Could not flush to file '" + missing + "'").c_str());
+        EXPECT_EQ(none.reset(0), 0);
+        EXPECT_EQ(none.length(), 0U);
+    }
+    EXPECT_TRUE(recorder.messages().empty()); // it goes quietly when there is nothing to lose
 }
 
 TEST_F(qxSerializeAdapterFileWriteTest, aFullDiskIsAnError)
@@ -213,13 +192,12 @@ TEST_F(qxSerializeAdapterFileWriteTest, aFullDiskIsAnError)
     MessageRecorder recorder;
     {
         qxSerializeAdapterFile full("/dev/full", QX_SERIALIZE_OUTPUT);
-        full.write("abc", 3);
+        writeText(full, "abc");
         EXPECT_FALSE(full.hasError());
         full.flush();
         EXPECT_EQ(full.getError(), error.c_str());
-        const std::string block(QUEUE, 'x');
         full.setError("");
-        full.write(block.data(), QUEUE);
+        writeText(full, std::string(QUEUE, 'x'));
         EXPECT_EQ(full.getError(), error.c_str());
         EXPECT_EQ(full.length(), 1000000U);
         EXPECT_TRUE(recorder.messages().empty());
@@ -228,41 +206,22 @@ TEST_F(qxSerializeAdapterFileWriteTest, aFullDiskIsAnError)
     EXPECT_EQ(recorder.messages(), expected); // nobody could ask the adapter any more
 }
 
-/// Raises at every message.
-class RaisingReceiver final : public qxMessageReceiverInterface
-{
-public:
-    RaisingReceiver() { qxMessage::addMessageReceiver(this); }
-    void onMessage(const qxString&, qxMessageLevel, const char*) override { throw std::string("raised"); }
-};
-
 TEST_F(qxSerializeAdapterFileWriteTest, aReceiverMayRaiseWhenTheFileIsClosed)
 {
-    RaisingReceiver receiver;
+    struct Raising final : qxMessageReceiverInterface {
+        Raising() { qxMessage::addMessageReceiver(this); }
+        void onMessage(const qxString&, qxMessageLevel, const char*) override
+        {
+            qxExceptionThrows::qxThrowFatal("raised");
+        }
+    } receiver;
     const auto closeUnwritten = [&](bool unwinding) {
         qxSerializeAdapterFile none(folder.name("no/file").c_str(), QX_SERIALIZE_OUTPUT);
         none.write('x');
-        if (unwinding) throw std::string("first");
+        if (unwinding) qxExceptionThrows::qxThrowFatal("first");
     };
-    const auto caught = [&](bool unwinding) {
-        try {
-            closeUnwritten(unwinding);
-        } catch (const std::string& text) {
-            return text;
-        }
-        return std::string();
-    };
-    EXPECT_EQ(caught(false), "raised");
-    EXPECT_EQ(caught(true), "first");
-}
-
-TEST_F(qxSerializeAdapterFileWriteTest, anEmptyFileThatCouldNotBeOpenedGoesQuietly)
-{
-    MessageRecorder recorder;
-    {
-        const qxSerializeAdapterFile none(folder.name("no/file").c_str(), QX_SERIALIZE_OUTPUT);
-    }
-    EXPECT_TRUE(recorder.messages().empty());
+    EXPECT_EQ(fatalText([&] { closeUnwritten(false); }), "raised");
+    EXPECT_EQ(fatalText([&] { closeUnwritten(true); }), "first");
 }
 
 } // namespace

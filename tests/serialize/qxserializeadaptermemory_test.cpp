@@ -32,30 +32,31 @@ protected:
     qxSerializeAdapterMemory adapter;
 };
 
-TEST_F(qxSerializeAdapterMemoryTest, canSeekAndSupportsEveryAction)
+TEST_F(qxSerializeAdapterMemoryTest, readsAndWritesAtOnePosition)
 {
     EXPECT_EQ(adapter.canSeek(), 1);
     EXPECT_EQ(adapter.supportAction(QX_SERIALIZE_OUTPUT), 1);
     EXPECT_EQ(adapter.supportAction(QX_SERIALIZE_INPUT), 1);
-    adapter.setSeekMode(1);
-    EXPECT_EQ(readAll(adapter), "abcd");
+    adapter.setSeekMode(1); // means nothing here
+    EXPECT_EQ(adapter.read(), 'a');
+    adapter.write('X');
+    EXPECT_EQ(adapter.read(), 'c');
+    EXPECT_EQ(adapter.getCurrentPos(), 3U);
+    EXPECT_EQ(adapter.getCurrentAddress(), block.data() + 3);
+    EXPECT_EQ(adapter.length(), 1U);
+    EXPECT_EQ(block, "aXcd");
 }
 
 TEST_F(qxSerializeAdapterMemoryTest, readsUpToItsEnd)
 {
+    EXPECT_EQ(adapter.hasData(4), 1);
+    EXPECT_EQ(adapter.hasData(5), 0);
+    EXPECT_EQ(takeError(), ""); // asking is no reading
     EXPECT_EQ(readBlock(adapter, 8), "abcd");
     EXPECT_EQ(takeError(), "Memory Adapter read beyond end");
     EXPECT_EQ(adapter.read(), 0);
     EXPECT_EQ(takeError(), "Memory Adapter read beyond end");
     EXPECT_EQ(adapter.getCurrentPos(), 4U);
-}
-
-TEST_F(qxSerializeAdapterMemoryTest, askingForMoreThanThereIsIsNoError)
-{
-    EXPECT_EQ(adapter.hasData(4), 1);
-    EXPECT_EQ(adapter.hasData(5), 0);
-    EXPECT_EQ(takeError(), "");
-    EXPECT_EQ(readBlock(adapter, 4), "abcd");
 }
 
 TEST_F(qxSerializeAdapterMemoryTest, writesWhatFits)
@@ -70,19 +71,9 @@ TEST_F(qxSerializeAdapterMemoryTest, writesWhatFits)
     EXPECT_EQ(block, "1234");
 }
 
-TEST_F(qxSerializeAdapterMemoryTest, readsAndWritesAtOnePosition)
-{
-    EXPECT_EQ(adapter.read(), 'a');
-    adapter.write('X');
-    EXPECT_EQ(adapter.read(), 'c');
-    EXPECT_EQ(adapter.getCurrentPos(), 3U);
-    EXPECT_EQ(adapter.getCurrentAddress(), block.data() + 3);
-    EXPECT_EQ(adapter.length(), 1U);
-    EXPECT_EQ(block, "aXcd");
-}
-
 TEST_F(qxSerializeAdapterMemoryTest, seeksInsideTheBlock)
 {
+    constexpr qxUInt64 OUTSIDE = 0xFFFFFFFFFFFFFFFF;
     const qxInt64 lowest = std::numeric_limits<qxInt64>::min();
     const qxInt64 highest = std::numeric_limits<qxInt64>::max();
     const struct {
@@ -99,15 +90,15 @@ TEST_F(qxSerializeAdapterMemoryTest, seeksInsideTheBlock)
         {0, 2, 4, 4},
         {-4, 2, 0, 0},
         {7, 3, 2, 2}, // an unknown origin
-        {5, 0, 0xFFFFFFFFFFFFFFFF, 2},
-        {-1, 0, 0xFFFFFFFFFFFFFFFF, 2},
-        {3, 1, 0xFFFFFFFFFFFFFFFF, 2},
-        {-3, 1, 0xFFFFFFFFFFFFFFFF, 2},
-        {1, 2, 0xFFFFFFFFFFFFFFFF, 2},
-        {-5, 2, 0xFFFFFFFFFFFFFFFF, 2},
-        {0x100000000, 0, 0xFFFFFFFFFFFFFFFF, 2},
-        {highest, 1, 0xFFFFFFFFFFFFFFFF, 2},
-        {lowest, 2, 0xFFFFFFFFFFFFFFFF, 2},
+        {5, 0, OUTSIDE, 2},
+        {-1, 0, OUTSIDE, 2},
+        {3, 1, OUTSIDE, 2},
+        {-3, 1, OUTSIDE, 2},
+        {1, 2, OUTSIDE, 2},
+        {-5, 2, OUTSIDE, 2},
+        {highest, 1, OUTSIDE, 2},
+        {lowest, 2, OUTSIDE, 2},
+        {0x100000000, 0, OUTSIDE, 2},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(std::to_string(row.offset) + " from " + std::to_string(row.origin));
@@ -115,7 +106,7 @@ TEST_F(qxSerializeAdapterMemoryTest, seeksInsideTheBlock)
         readBlock(adapter, 2);
         EXPECT_EQ(adapter.seek(row.offset, row.origin), row.result);
         EXPECT_EQ(adapter.getCurrentPos(), row.position);
-        EXPECT_EQ(takeError(), row.result > 4 ? "Memory Adapter moved outside size" : "");
+        EXPECT_EQ(takeError(), row.result == OUTSIDE ? "Memory Adapter moved outside size" : "");
     }
 }
 
@@ -144,10 +135,7 @@ TEST_F(qxSerializeAdapterMemoryTest, movesButNotToTheEnd)
     adapter.seek(4, QX_ORIGIN_START);
     adapter.move(0);
     EXPECT_EQ(takeError(), "Memory Adapter moved beyond end");
-}
 
-TEST_F(qxSerializeAdapterMemoryTest, aMoveThatWrapsIntoAHugeBlockIsRefused)
-{
     qxSerializeAdapterMemory huge(block.data(), 0xFFFFFFFF); // only its first bytes are there
     huge.read();
     huge.move(-3); // 4294967294
@@ -170,7 +158,7 @@ TEST_F(qxSerializeAdapterMemoryTest, givingUpAPlaceDropsWhatWasGivenBack)
     EXPECT_EQ(adapter.read(), 'a');
 }
 
-TEST_F(qxSerializeAdapterMemoryTest, resetTakesANewBlock)
+TEST_F(qxSerializeAdapterMemoryTest, resetTakesANewBlockAndFlushLeavesNone)
 {
     char other[] = "123456";
     readBlock(adapter, 3);
@@ -181,21 +169,14 @@ TEST_F(qxSerializeAdapterMemoryTest, resetTakesANewBlock)
 
     adapter.read();
     adapter.reset(other, 6);
-    EXPECT_EQ(readAll(adapter), "123456");
-}
-
-TEST_F(qxSerializeAdapterMemoryTest, flushLeavesNothing)
-{
-    adapter.pushBack('x');
-    adapter.read();
-    adapter.read();
+    EXPECT_EQ(readBlock(adapter, 6), "123456");
     adapter.pushBack('y');
     adapter.flush();
     EXPECT_EQ(adapter.length(), 0U);
     EXPECT_EQ(adapter.getCurrentPos(), 0U);
     EXPECT_EQ(adapter.checksum(), 0);
     adapter.write('z');
-    EXPECT_EQ(block, "abcd");
+    EXPECT_STREQ(other, "123456");
 }
 
 TEST(qxSerializeAdapterMemory, sumsTheWholeBlock)
@@ -207,7 +188,6 @@ TEST(qxSerializeAdapterMemory, sumsTheWholeBlock)
 
     std::string large(300, '\xFF');
     EXPECT_EQ(qxSerializeAdapterMemory(large.data(), 300).checksum(), (300 * 255) % 65536);
-    EXPECT_EQ(qxSerializeAdapterMemory(nullptr, 0).checksum(), 0);
 }
 
 TEST(qxSerializeAdapterMemory, freesTheBlockWhenTold)
@@ -226,6 +206,7 @@ TEST(qxSerializeAdapterMemory, anEmptyBlockHasNoData)
     EXPECT_EQ(adapter.length(), 0U);
     EXPECT_EQ(adapter.hasData(), 0);
     EXPECT_EQ(adapter.read(), 0);
+    EXPECT_EQ(adapter.checksum(), 0);
     EXPECT_EQ(adapter.seek(0, QX_ORIGIN_END), 0U);
     adapter.write('x');
     EXPECT_STREQ(adapter.getError(), "Memory Adapter written beyond end");

@@ -28,18 +28,23 @@ protected:
     std::unique_ptr<qxSerializeAdapterReplace> adapter;
 };
 
-TEST_F(qxSerializeAdapterReplaceTest, replacesWhenCommitted)
+TEST_F(qxSerializeAdapterReplaceTest, replacesOrCreatesTheFileWhenCommitted)
 {
-    open();
-    adapter->write("new content", 11);
-    adapter->flush();
-    EXPECT_EQ(folder.read("a"), "old");
-    EXPECT_TRUE(adapter->commit());
-    EXPECT_EQ(folder.read("a"), "new content");
-    EXPECT_EQ(folder.count(), 1U);
-    EXPECT_FALSE(adapter->hasError());
-    EXPECT_EQ(adapter->getName(), folder.name("a").c_str());
-    EXPECT_EQ(adapter->getURLBase(), ("file:" + folder.name("")).c_str());
+    for (const char* const file : {"a", "b"}) {
+        SCOPED_TRACE(file);
+        const std::string before = folder.read(file);
+        const std::size_t files = folder.count() + (before == "(none)");
+        open(file);
+        adapter->write("new content", 11);
+        adapter->flush();
+        EXPECT_EQ(folder.read(file), before);
+        EXPECT_TRUE(adapter->commit());
+        EXPECT_EQ(folder.read(file), "new content");
+        EXPECT_EQ(folder.count(), files);
+        EXPECT_FALSE(adapter->hasError());
+        EXPECT_EQ(adapter->getName(), folder.name(file).c_str());
+        EXPECT_EQ(adapter->getURLBase(), ("file:" + folder.name("")).c_str());
+    }
 }
 
 TEST_F(qxSerializeAdapterReplaceTest, withoutCommitTheFileStays)
@@ -52,14 +57,6 @@ TEST_F(qxSerializeAdapterReplaceTest, withoutCommitTheFileStays)
     EXPECT_EQ(folder.read("a"), "old");
     EXPECT_EQ(folder.count(), 1U);
     EXPECT_TRUE(recorder.messages().empty());
-}
-
-TEST_F(qxSerializeAdapterReplaceTest, createsAMissingFile)
-{
-    open("b");
-    adapter->write("new", 3);
-    EXPECT_TRUE(adapter->commit());
-    EXPECT_EQ(folder.read("b"), "new");
 }
 
 TEST_F(qxSerializeAdapterReplaceTest, anErrorPreventsTheCommit)

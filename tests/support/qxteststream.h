@@ -7,6 +7,9 @@
 
 #include <string>
 
+/// Of qxSerializeAdapter::setPushBackMode.
+inline constexpr unsigned char PUSH_BACK_MODES[] = {0, 1};
+
 /// A stream that has only the one-byte operations and says whether a byte is left.
 class TestStream : public qxSerializeAdapter
 {
@@ -55,6 +58,12 @@ inline std::string readAll(qxSerializeAdapter& adapter)
     std::string bytes;
     while (adapter.hasData()) bytes += static_cast<char>(adapter.read());
     return bytes;
+}
+
+/// Writes a text as one block.
+inline void writeText(qxSerializeAdapter& adapter, const std::string& text)
+{
+    adapter.write(text.data(), static_cast<unsigned int>(text.size()));
 }
 
 /// Gives a text back as one block.

@@ -67,35 +67,25 @@ TEST_F(qxCleanupReferenceTest, anEmptiedHolderCanBeCleanedUpFilledAndDestroyed)
     qxCleanupReference::cleanUpReferences(-1); // would touch what is still registered
 }
 
-TEST_F(qxCleanupReferenceTest, aCopyIsRegisteredToo)
+TEST_F(qxCleanupReferenceTest, copiesAndAssignedHoldersAreRegisteredUnderTheLevelTheyTake)
 {
     const qxCleanupReference shared(TestObject::shared(), 1);
     const qxCleanupReference sharedCopy(shared);
     const qxCleanupReference deep(new TestObject, 2);
     const qxCleanupReference deepCopy(deep);
+    qxCleanupReference assigned(object(1), 1);
+    assigned = deep;
+    EXPECT_EQ(log, "1 ");
     EXPECT_EQ(sharedCopy.get(), shared.get());
     EXPECT_NE(deepCopy.get(), deep.get());
+    EXPECT_EQ(assigned.get(), deep.get());
     EXPECT_EQ(deepCopy.getLevel(), 2);
-
-    qxCleanupReference::cleanUpReferences(2);
-    EXPECT_TRUE(!deep && !deepCopy && shared);
-    qxCleanupReference::cleanUpReferences(1);
-    EXPECT_TRUE(!shared && !sharedCopy);
-}
-
-TEST_F(qxCleanupReferenceTest, assigningAHolderTakesItsLevel)
-{
-    qxCleanupReference holder(object(1), 1);
-    const qxCleanupReference other(object(2), 2);
-    holder = other;
-    EXPECT_EQ(log, "1 ");
-    EXPECT_EQ(holder.getLevel(), 2);
-    EXPECT_EQ(other->getRef(), 2U);
+    EXPECT_EQ(assigned.getLevel(), 2);
 
     qxCleanupReference::cleanUpReferences(1);
-    EXPECT_TRUE(holder);
+    EXPECT_TRUE(!shared && !sharedCopy && deep && deepCopy && assigned);
     qxCleanupReference::cleanUpReferences(2);
-    EXPECT_TRUE(!holder && !other);
+    EXPECT_TRUE(!deep && !deepCopy && !assigned);
 }
 
 TEST_F(qxCleanupReferenceTest, assigningAnotherObjectMakesAHolderTheNewest)
@@ -114,45 +104,27 @@ TEST_F(qxCleanupReferenceTest, assigningAnotherObjectMakesAHolderTheNewest)
     EXPECT_EQ(log, "2 4 3 1 ");
 }
 
-TEST_F(qxCleanupReferenceTest, anObjectMayTakeOtherHoldersAlong)
+TEST_F(qxCleanupReferenceTest, anObjectThatGoesMayUseTheRegistry)
 {
-    auto second = std::make_unique<qxCleanupReference>(object(2), 1);
-    TestObject* const last = object(1);
-    last->onDelete = [&] { second.reset(); };
-    const qxCleanupReference first(last, 1); // goes before the second, as the newest
-
-    qxCleanupReference::cleanUpReferences(-1);
-    EXPECT_EQ(log, "2 ");
-}
-
-TEST_F(qxCleanupReferenceTest, holdersThatRegisterMeanwhileStay)
-{
+    auto taken = std::make_unique<qxCleanupReference>(object(2), 1);
     qxCleanupReference late; // at level 0
-    qxCleanupReference refilled(object(2), 1);
+    qxCleanupReference refilled(object(3), 1);
+    const qxCleanupReference high(object(9), 9);
+    const qxCleanupReference between(object(5), 5);
     TestObject* const first = object(1);
     first->onDelete = [&] {
-        late = object(3);
-        refilled = object(4);
+        taken.reset();
+        late = object(6); // holders that register meanwhile stay
+        refilled = object(7);
+        qxCleanupReference::cleanUpReferences(9);
     };
-    const qxCleanupReference holder(first, 1);
+    const qxCleanupReference holder(first, 1); // goes before the others, as the newest of the lowest level
 
     qxCleanupReference::cleanUpReferences(-1);
+    EXPECT_EQ(log, "2 3 9 5 ");
     EXPECT_TRUE(late && refilled);
-    EXPECT_EQ(log, "2 ");
     qxCleanupReference::cleanUpReferences(-1);
-    EXPECT_EQ(log, "2 3 4 ");
-}
-
-TEST_F(qxCleanupReferenceTest, aCleanUpMayStartAnother)
-{
-    const qxCleanupReference high(object(9), 9);
-    TestObject* const first = object(1);
-    first->onDelete = [&] { qxCleanupReference::cleanUpReferences(9); };
-    const qxCleanupReference holder(first, 1);
-    const qxCleanupReference between(object(5), 5);
-
-    qxCleanupReference::cleanUpReferences(-1);
-    EXPECT_EQ(log, "9 5 ");
+    EXPECT_EQ(log, "2 3 9 5 6 7 ");
 }
 
 TEST_F(qxCleanupReferenceTest, anErrorLeavesTheRegistryUsable)

@@ -160,21 +160,16 @@ TEST(qxList, movingTakesTheNodesAndCallsNoHookForThem)
 TEST(qxRefList, holdsItsItems)
 {
     TestObject* const object = new TestObject;
-    qxRefList<TestObject> list;
-    list.insert(object);
-    list.insertSorted(object, 0);
-    EXPECT_EQ(object->getRef(), 2U);
-    list.remove(object);
-    EXPECT_EQ(object->getRef(), 1U);
-    list.remove(object);
-    EXPECT_EQ(TestObject::alive, 0);
-
-    list.insert(new TestObject);
-    list.clear();
-    EXPECT_EQ(TestObject::alive, 0);
     {
-        qxRefList<TestObject> other;
-        other.insert(new TestObject);
+        qxRefList<TestObject> list;
+        list.insert(object);
+        list.insertSorted(object, 0);
+        EXPECT_EQ(object->getRef(), 2U);
+        list.remove(object);
+        EXPECT_EQ(object->getRef(), 1U);
+        list.clear();
+        EXPECT_EQ(TestObject::alive, 0);
+        list.insert(new TestObject);
     }
     EXPECT_EQ(TestObject::alive, 0);
 }

@@ -95,7 +95,6 @@ TEST(qxMemory, refusesSizesThatNoHeapHas)
 TEST(qxMemory, alignsAsAsked)
 {
     for (std::size_t alignment = 1; alignment <= 65536; alignment *= 2) {
-        SCOPED_TRACE(alignment);
         void* const memory = qx_new(10, std::align_val_t{alignment});
         EXPECT_TRUE(isAligned(memory, alignment));
         std::memset(memory, 1, 10);

@@ -10,26 +10,17 @@
 namespace
 {
 
-class Receiver final : public qxProgressInterface
-{
-public:
-    Receiver() { qxProgress::setReceiver(this); }
-    ~Receiver() override { qxProgress::setReceiver(nullptr); }
-
-    void onProgress(const qxString& text, unsigned int percent, const char* line) override
-    {
-        m_calls.push_back(std::string(text) + "|" + std::to_string(percent) + "|" + line);
-    }
-
-    const std::vector<std::string>& calls() const { return m_calls; }
-
-private:
-    std::vector<std::string> m_calls;
-};
-
 TEST(qxProgress, givesTheReceiverTheLine)
 {
-    Receiver receiver;
+    struct Receiver final : qxProgressInterface {
+        Receiver() { qxProgress::setReceiver(this); }
+        ~Receiver() override { qxProgress::setReceiver(nullptr); }
+        void onProgress(const qxString& text, unsigned int percent, const char* line) override
+        {
+            calls.push_back(std::string(text) + "|" + std::to_string(percent) + "|" + line);
+        }
+        std::vector<std::string> calls;
+    } receiver;
     qxProgress::report("Reading 50%", 0);
     qxProgress::report("Reading", 42);
     qxProgress::report("Reading", 101);
@@ -39,7 +30,7 @@ TEST(qxProgress, givesTheReceiverTheLine)
         "Reading|42|\rReading:Progress 42%\t\t",
         "Reading|100|\rReading:Progress 100%\t\t",
     };
-    EXPECT_EQ(receiver.calls(), expected);
+    EXPECT_EQ(receiver.calls, expected);
 }
 
 TEST(qxProgress, writesNothingWithoutAReceiver)

@@ -3,6 +3,7 @@
 #include "qxreference.h"
 
 #include "qxarray.h"
+#include "qxevent.h"
 
 #include "qxtestobject.h"
 #include "qxtestsupport.h"
@@ -45,7 +46,7 @@ private:
 template <class Object>
 class qxReferenceCount : public testing::Test
 {};
-using CountedClasses = testing::Types<TestObject, SafeObject>;
+using CountedClasses = testing::Types<TestObject, SafeObject, qxEvent>;
 TYPED_TEST_SUITE(qxReferenceCount, CountedClasses);
 
 TYPED_TEST(qxReferenceCount, startsAtZeroAndCountsHolders)
@@ -80,11 +81,9 @@ TYPED_TEST(qxReferenceCount, aCopyTakesTheModeAndNoHolders)
 
 TEST(qxReference, tellsTheTwoUnrefsApart)
 {
-    TestObject object;
-    SafeObject safe;
-
-    EXPECT_EQ(fatalText([&] { object.unref(); }), SPELT);
-    EXPECT_EQ(fatalText([&] { safe.unref(); }), MISSPELT);
+    EXPECT_EQ(fatalText([] { TestObject().unref(); }), SPELT);
+    EXPECT_EQ(fatalText([] { qxEvent().unref(); }), SPELT);
+    EXPECT_EQ(fatalText([] { SafeObject().unref(); }), MISSPELT);
 }
 
 TEST(qxReference, goesWithItsLastHolderOrDirectly)

@@ -47,17 +47,21 @@ protected:
     const TestFolder m_folder;
 };
 
-TEST_F(qxDefaultTranslator, readsTheLanguageFile)
+TEST_F(qxDefaultTranslator, takesEnteredTranslationsThenTheSendersThenEverybodys)
 {
     writeFile("\xEF\xBB\xBF"
               "a comment\n"
               "Me\thello %s\thallo %s\r\n"
               "\tyes\tja\n"
+              "Me\tyes\tjawohl\n"
               "\ttab\\tline\\nback\\\\\tTab\\tZeile\\n\n"
               "only two\tfields\n"
               "\n"
               "\tmore\tfields\tthan three\n"
+              "\tentered\tfrom the file\n"
               "\tlast\tletzte");
+    qxMessage::setTranslation("", "entered", "by hand");
+    qxMessage::setTranslation("You", "entered", "by your hand");
     const struct {
         const char* text;
         const char* sender;
@@ -65,28 +69,18 @@ TEST_F(qxDefaultTranslator, readsTheLanguageFile)
     } rows[] = {
         {"hello %s", "Me", "hallo %s"},
         {"hello %s", "You", "hello %s"},
-        {"yes", "Me", "ja"},
+        {"yes", "Me", "jawohl"},
+        {"yes", "You", "ja"},
         {"yes", "", "ja"},
         {"tab\tline\nback\\", "Me", "Tab\tZeile\n"},
         {"fields", "only two", "fields"},
         {"more", "Me", "fields\tthan three"},
+        {"entered", "Me", "by hand"},
+        {"entered", "You", "by your hand"},
         {"last", "Me", "letzte"},
         {"no", "Me", "no"},
     };
     for (const auto& row : rows) EXPECT_EQ(translate(row.text, row.sender), row.translation);
-}
-
-TEST_F(qxDefaultTranslator, prefersTheSendersOwnTranslationAndEnteredOnes)
-{
-    writeFile("\tyes\tja\n"
-              "Me\tyes\tjawohl\n"
-              "\tentered\tfrom the file\n");
-    qxMessage::setTranslation("", "entered", "by hand");
-    qxMessage::setTranslation("You", "entered", "by your hand");
-    EXPECT_EQ(translate("yes", "Me"), "jawohl");
-    EXPECT_EQ(translate("yes", "You"), "ja");
-    EXPECT_EQ(translate("entered", "Me"), "by hand");
-    EXPECT_EQ(translate("entered", "You"), "by your hand");
 }
 
 TEST_F(qxDefaultTranslator, takesTheSectionOfTheCurrentLanguage)
@@ -192,16 +186,15 @@ TEST(qxMessageTranslatorInterface, theFirstLanguageIsAUserKey)
 
 TEST(qxMessage, itsOwnTableHoldsTheLabels)
 {
-    std::vector<std::string> labels;
+    Texts labels;
     for (const qxTranslation& row : qxMessage::getDefaultTranslations()) {
         EXPECT_TRUE(row.sender.isEmpty());
         EXPECT_EQ(row.translation, row.text);
         labels.push_back(row.text.getString());
     }
     ASSERT_EQ(labels.size(), 17U);
-    EXPECT_EQ(labels[0], " Memory::");
-    EXPECT_EQ(labels[9], " Internal Warning::");
-    EXPECT_EQ(labels[16], " Internal::");
+    EXPECT_EQ((Texts{labels[0], labels[9], labels[16]}),
+              (Texts{" Memory::", " Internal Warning::", " Internal::"}));
 }
 
 } // namespace

@@ -75,17 +75,17 @@ TEST(qxSerializeAdapterURL, folderOfADocument)
         const char* url;
         const char* folder;
     } rows[] = {
+        {"", ""},
         {"a.xml", ""},
         {"x/a.xml", "x/"},
+        {"x/", "x/"},
         {"/a.xml", "/"},
+        {"x?y/a.xml", "x?y/"},
         {"file:a.xml", "file:"},
         {"file:/x/a", "file:/x/"},
         {"http://host", "http://host"},
         {"http://host/a?x=/b", "http://host/"},
         {"http://host/x/a#/b", "http://host/x/"},
-        {"x/", "x/"},
-        {"x?y/a.xml", "x?y/"},
-        {"", ""},
     };
     for (const auto& row : rows)
         EXPECT_STREQ(qxSerializeAdapter::getURLFolder(row.url), row.folder) << row.url;

@@ -6,6 +6,7 @@
 #include "qxxmltesttree.h"
 
 #include <functional>
+#include <map>
 #include <sstream>
 #include <utility>
 
@@ -27,42 +28,23 @@ public:
     /// ?target~data, &reference, {text as it stands, ) for the end of a start tag, > for that of an element.
     void perform(const std::string& script)
     {
+        const std::map<char, void (qxXmlSax::*)(const qxString&)> operations = {
+            {'<', &qxXmlSax::writeElementStart},    {'\'', &qxXmlSax::writeCharData},
+            {'[', &qxXmlSax::writeCDATA},           {'!', &qxXmlSax::writeComment},
+            {'&', &qxXmlSax::writeEntityReference}, {'{', &qxXmlSax::writeGenericString}};
         std::istringstream words(script);
         for (std::string word; std::getline(words, word, '|');) {
-            const std::size_t middle = std::min(word.find_first_of("=~"), word.size() - 1);
-            const qxString text = toString(word.substr(1));
-            const qxString second = toString(word.substr(middle + 1));
-            switch (word[0]) {
-            case '<':
-                writeElementStart(text);
-                break;
-            case '\'':
-                writeCharData(text);
-                break;
-            case '[':
-                writeCDATA(text);
-                break;
-            case '!':
-                writeComment(text);
-                break;
-            case '?':
-                writePI(toString(word.substr(1, middle - 1)), second);
-                break;
-            case '&':
-                writeEntityReference(text);
-                break;
-            case '{':
-                writeGenericString(text);
-                break;
-            case ')':
+            const std::size_t middle = word.find_first_of("=~");
+            if (const auto operation = operations.find(word[0]); operation != operations.end())
+                (this->*operation->second)(toString(word.substr(1)));
+            else if (word[0] == '?')
+                writePI(toString(word.substr(1, middle - 1)), toString(word.substr(middle + 1)));
+            else if (word == ")")
                 beginElementContents();
-                break;
-            case '>':
+            else if (word == ">")
                 writeElementEnd();
-                break;
-            default:
-                writeAttribute(toString(word.substr(0, middle)), second);
-            }
+            else
+                writeAttribute(toString(word.substr(0, middle)), toString(word.substr(middle + 1)));
         }
     }
 

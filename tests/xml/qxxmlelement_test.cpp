@@ -57,12 +57,12 @@ TEST(qxXmlElement, theCursorGivesEachAttributeOnce)
 
     std::string given = next();
     given += next();
-    element.removeAttribute("a");
+    element.removeAttribute("b");
     given += next();
     given += next();
     EXPECT_EQ(given, "abcend behind c");
     element.resetAttributeIterator();
-    EXPECT_EQ(next(), "b");
+    EXPECT_EQ(next(), "a");
 }
 
 TEST(qxXmlElement, theListOfAttributesIsACopy)

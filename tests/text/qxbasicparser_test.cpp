@@ -157,25 +157,26 @@ TEST(qxBasicParser, blocksJoinWithoutASeam)
 TEST(qxBasicParser, theAdapterStaysBehindTheLastTokenUsed)
 {
     const std::string text = longText();
-    for (const unsigned int taken : {0U, 18U, 19U, 16384U, 40000U}) {
-        for (const unsigned int back : {0U, 17000U}) {
-            if (back > taken) continue;
-            SCOPED_TRACE(std::to_string(taken) + " - " + std::to_string(back));
-            TextParser counter(text);
-            counter.take(taken - back);
-            qxArray<unsigned char> used;
-            counter.getTokenData(0, taken - back, used);
+    const struct {
+        unsigned int taken;
+        unsigned int back;
+    } rows[] = {{0, 0}, {18, 0}, {19, 0}, {16384, 0}, {40000, 17000}};
+    for (const auto& [taken, back] : rows) {
+        SCOPED_TRACE(taken);
+        TextParser counter(text);
+        counter.take(taken - back);
+        qxArray<unsigned char> used;
+        counter.getTokenData(0, taken - back, used);
 
-            forEachAdapter(text, [&](qxSerializeAdapter& adapter) {
-                qxBasicParser parser;
-                parser.useUtf8(1);
-                parser.setAdapter(&adapter);
-                for (unsigned int i = 0; i < taken; ++i) parser.getNextToken();
-                parser.pushBackTokens(back);
-                parser.setAdapter(nullptr);
-                EXPECT_EQ(readBlock(adapter, 40), text.substr(used.entries(), 40));
-            });
-        }
+        forEachAdapter(text, [&, count = taken, given = back](qxSerializeAdapter& adapter) {
+            qxBasicParser parser;
+            parser.useUtf8(1);
+            parser.setAdapter(&adapter);
+            for (unsigned int i = 0; i < count; ++i) parser.getNextToken();
+            parser.pushBackTokens(given);
+            parser.setAdapter(nullptr);
+            EXPECT_EQ(readBlock(adapter, 40), text.substr(used.entries(), 40));
+        });
     }
 }
 

@@ -13,9 +13,9 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <mutex>
 #include <random>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -263,28 +263,24 @@ TEST_F(qxHeapTest, anOwnerThatOnlyGivesBackLearnsWhatOthersDid)
 
 TEST_F(qxHeapTest, allPagesReturnHoweverTheirBlocksDo)
 {
-    enum Step { LEAVE, BY_OWNER, BY_OTHER, BY_NOBODY }; // the last three give back a third of the blocks
-    const std::array<Step, 4> rows[] = {
-        {LEAVE, BY_OTHER, BY_OTHER, BY_OTHER},   {LEAVE, BY_NOBODY, BY_NOBODY, BY_NOBODY},
-        {BY_OWNER, LEAVE, BY_OTHER, BY_OTHER},   {BY_OWNER, LEAVE, BY_NOBODY, BY_OTHER},
-        {BY_OTHER, LEAVE, BY_NOBODY, BY_OTHER},  {BY_OTHER, BY_OWNER, LEAVE, BY_NOBODY},
-        {BY_OWNER, BY_OTHER, LEAVE, BY_OTHER},   {BY_OTHER, BY_OTHER, LEAVE, BY_NOBODY},
-        {BY_OTHER, BY_NOBODY, BY_OTHER, LEAVE},  {BY_OTHER, BY_OTHER, BY_OWNER, LEAVE},
-        {BY_OWNER, BY_NOBODY, BY_NOBODY, LEAVE}, {BY_OWNER, BY_OWNER, BY_OWNER, LEAVE},
-    };
+    // l: the owner leaves; o, x and n: it, another thread or none gives back a third of the blocks.
+    const char* const rows[] = {"lxxx", "lnnn", "olxx", "olnx", "xlnx", "xoln",
+                                "oxlx", "xxln", "xnxl", "xxol", "onnl", "oool"};
     qxHeapThread* const other = qxHeapThread::enter(heap);
     for (const std::size_t size : {48U, 256U}) {
-        for (std::size_t row = 0; row < std::size(rows); ++row) {
+        for (const std::string_view row : rows) {
             SCOPED_TRACE(testing::Message() << "size " << size << " row " << row);
             qxHeapThread* const owner = qxHeapThread::enter(heap);
             std::vector<void*> blocks = shuffled(take(owner, size, 6000));
-            for (const Step step : rows[row]) {
-                if (step == LEAVE) {
+            for (const char step : row) {
+                if (step == 'l') {
                     owner->leave();
                     continue;
                 }
-                qxHeapThread* const giver = step == BY_OWNER ? owner : step == BY_OTHER ? other : nullptr;
-                giveBack(giver, {blocks.end() - 2000, blocks.end()});
+                giveBack(step == 'o'   ? owner
+                         : step == 'x' ? other
+                                       : nullptr,
+                         {blocks.end() - 2000, blocks.end()});
                 blocks.resize(blocks.size() - 2000);
             }
             EXPECT_EQ(heap.countUsedPages(), 2U); // those in which the two live
@@ -304,64 +300,46 @@ TEST_F(qxHeapTest, aNewThreadGoesOnWhereOneHasLeft)
     EXPECT_EQ(heap.countUsedPages(), pages);
 }
 
-/// Threads that take blocks, write their names into them, and give back what any of them took.
+/// Places for blocks, each filled with one value, that threads take from each other.
 class Exchange
 {
 public:
+    static constexpr std::size_t PLACES = 3000;
+
     explicit Exchange(qxHeap& theHeap) : heap(theHeap) {}
 
-    void work(unsigned int seed)
+    /// Puts a block in a place and gives back the one that was there.
+    void put(qxHeapThread* thread, std::size_t place, void* block)
     {
-        std::mt19937 random(seed);
-        for (int life = 0; life < 5; ++life) {
-            qxHeapThread* const thread = qxHeapThread::enter(heap);
-            for (int i = 0; i < 2000; ++i) {
-                const std::size_t size = random() % (QX_HEAP_LARGEST + 1);
-                void* const block = thread->take(size);
-                if (block) std::memset(block, static_cast<int>(size % 251), heap.getBlockSize(block));
-                if (void* const old = put(random() % SLOTS, block)) check(thread, old);
-            }
-            thread->leave();
-        }
-    }
-
-    void finish()
-    {
-        for (std::size_t slot = 0; slot < SLOTS; ++slot) {
-            if (void* const old = put(slot, nullptr)) check(nullptr, old);
-        }
+        void* const old = places[place].exchange(block, std::memory_order_acq_rel);
+        if (!old) return;
+        const unsigned char* const bytes = static_cast<unsigned char*>(old);
+        const auto room = static_cast<std::ptrdiff_t>(heap.getBlockSize(old));
+        EXPECT_EQ(std::count(bytes, bytes + room, bytes[0]), room);
+        qxHeapThread::giveBack(heap, thread, old);
     }
 
 private:
-    static constexpr std::size_t SLOTS = 3000;
-
-    void* put(std::size_t slot, void* block)
-    {
-        return slots[slot].exchange(block, std::memory_order_acq_rel);
-    }
-
-    void check(qxHeapThread* thread, void* block)
-    {
-        const unsigned char* const bytes = static_cast<unsigned char*>(block);
-        const std::size_t room = heap.getBlockSize(block);
-        if (std::count(bytes, bytes + room, bytes[0]) != static_cast<std::ptrdiff_t>(room)) ++faults;
-        qxHeapThread::giveBack(heap, thread, block);
-    }
-
     qxHeap& heap;
-    std::array<std::atomic<void*>, SLOTS> slots{};
-
-public:
-    std::atomic<int> faults{0};
+    std::array<std::atomic<void*>, PLACES> places{};
 };
 
 TEST_F(qxHeapTest, threadsExchangeBlocksAndAllPagesReturn)
 {
     Exchange exchange(heap);
-    onThreads(4, [&](unsigned int number) { exchange.work(number); });
-    exchange.finish();
-
-    EXPECT_EQ(exchange.faults, 0);
+    onThreads(4, [&](unsigned int number) {
+        std::mt19937 random(number);
+        for (int life = 0; life < 5; ++life) {
+            qxHeapThread* const thread = qxHeapThread::enter(heap);
+            for (int i = 0; i < 2000; ++i) {
+                void* const block = thread->take(random() % (QX_HEAP_LARGEST + 1));
+                if (block) std::memset(block, i % 251, heap.getBlockSize(block));
+                exchange.put(thread, random() % Exchange::PLACES, block);
+            }
+            thread->leave();
+        }
+    });
+    for (std::size_t place = 0; place < Exchange::PLACES; ++place) exchange.put(nullptr, place, nullptr);
     EXPECT_LE(heap.countUsedPages(), 4U); // those in which the threads lived
 }
 

@@ -77,17 +77,11 @@ TEST(qxAdapterBytes, othersLendNothing)
     qxSerializeAdapterFile missing(folder.name("b").c_str());
     EXPECT_EQ(borrow(missing, 3), "");
 
-    /// May decode what it reads.
-    class Derived final : public qxSerializeAdapterMemory
-    {
-    public:
-        using qxSerializeAdapterMemory::qxSerializeAdapterMemory;
-    };
     char block[] = "abc";
-    Derived derived(block, 3);
-    EXPECT_EQ(borrow(derived, 3), "");
-    derived.read();
-    EXPECT_EQ(borrow(derived, 3), "");
+    InvertedStream<qxSerializeAdapterMemory> decoding(block, 3U);
+    EXPECT_EQ(borrow(decoding, 3), "");
+    decoding.read();
+    EXPECT_EQ(borrow(decoding, 3), "");
 }
 
 } // namespace

@@ -212,24 +212,10 @@ TEST(qxSerializeAdapterMemory, anEmptyBlockHasNoData)
     EXPECT_STREQ(adapter.getError(), "Memory Adapter written beyond end");
 }
 
-/// Decodes what it reads: the base must not read past it.
-class InvertedMemory final : public qxSerializeAdapterMemory
-{
-public:
-    using qxSerializeAdapterMemory::qxSerializeAdapterMemory;
-
-protected:
-    using qxSerializeAdapterMemory::read_imp;
-    unsigned char read_imp() override
-    {
-        return static_cast<unsigned char>(~qxSerializeAdapterMemory::read_imp());
-    }
-};
-
 TEST(qxSerializeAdapterMemory, aDerivedClassSeesEveryByte)
 {
     unsigned char bytes[] = {0xFE, 0xFD, 0xFC};
-    InvertedMemory adapter(bytes, 3);
+    InvertedStream<qxSerializeAdapterMemory> adapter(bytes, 3U);
     EXPECT_EQ(readAll(adapter), "\1\2\3");
 }
 

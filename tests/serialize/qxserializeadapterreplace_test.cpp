@@ -82,21 +82,6 @@ TEST_F(qxSerializeAdapterReplaceTest, afterTheCommitNothingIsWritten)
     adapter->reset(0); // drops what cannot be written, or the destructor would warn
 }
 
-TEST_F(qxSerializeAdapterReplaceTest, keepsPermissionsAndLinks)
-{
-    const fs::perms mode = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
-    fs::permissions(folder.name("a"), mode);
-    fs::create_symlink("a", folder.name("link"));
-    open("link");
-    adapter->write("new", 3);
-    EXPECT_TRUE(adapter->commit());
-
-    EXPECT_TRUE(fs::is_symlink(folder.name("link")));
-    EXPECT_EQ(folder.read("a"), "new");
-    EXPECT_EQ(fs::status(folder.name("a")).permissions(), mode);
-    EXPECT_EQ(folder.count(), 2U);
-}
-
 TEST_F(qxSerializeAdapterReplaceTest, aTargetThatTurnsIntoAFolderIsAnError)
 {
     open("b");

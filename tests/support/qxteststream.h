@@ -44,6 +44,18 @@ protected:
     qxUInt64 length_imp() override { return content.size(); }
 };
 
+/// An `Adapter` that decodes its bytes, which the base must therefore not read past it.
+template <class Adapter>
+class InvertedStream final : public Adapter
+{
+public:
+    using Adapter::Adapter;
+
+protected:
+    using Adapter::read_imp;
+    unsigned char read_imp() override { return static_cast<unsigned char>(~Adapter::read_imp()); }
+};
+
 /// Reads up to `count` bytes in one block.
 inline std::string readBlock(qxSerializeAdapter& adapter, unsigned int count)
 {

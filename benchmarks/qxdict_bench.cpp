@@ -19,17 +19,21 @@ namespace
 
 constexpr char ITEMS[200'000] = {}; // the i-th key is entered with the i-th of these
 
-// The i-th key of each kind: identifiers and numbers that are spread far apart.
+// The i-th key of each kind, as if by chance: multiples of one number would fall into the buckets of a modulus more evenly
+// than real keys do. The mixing is the finalizer of SplitMix64.
+std::uint64_t makeNumber(unsigned int i)
+{
+    std::uint64_t number = (i + 1) * 0x9E3779B97F4A7C15U;
+    number = (number ^ number >> 30) * 0xBF58476D1CE4E5B9U;
+    number = (number ^ number >> 27) * 0x94D049BB133111EBU;
+    return number ^ number >> 31;
+}
+
 std::string makeText(unsigned int i)
 {
     char text[30];
-    std::snprintf(text, sizeof(text), "scene-%016llx", (i + 1) * 0x9E3779B97F4A7C15ULL);
+    std::snprintf(text, sizeof(text), "scene-%016llx", static_cast<unsigned long long>(makeNumber(i)));
     return text;
-}
-
-std::uint64_t makeNumber(unsigned int i)
-{
-    return (i + 1) * 0x9E3779B97F4A7C15U;
 }
 
 template <class Key>

@@ -92,7 +92,7 @@ void bytes(qxBenchCase& work)
     work.add("qxbase", [sample] {
         qxSerializeAdapterFile file(sample->name());
         std::uint64_t sum = 0;
-        while (file.hasData()) sum += file.qxSerializeAdapter::read();
+        for (qxUInt64 left = file.length(); left > 0; --left) sum += file.qxSerializeAdapter::read();
         return sum;
     });
     work.add("getc_unlocked", [sample] {

@@ -17,6 +17,14 @@
 #define QX_API __attribute__((visibility("default")))
 #endif
 
+// QX_ONE_COPY marks inline virtual operations that are called all the time. There is one of each in a process then, and
+// compilers take it without a call when an object's table shows its address.
+#if defined(_WIN32)
+#define QX_ONE_COPY
+#else
+#define QX_ONE_COPY QX_API
+#endif
+
 // Some compilers define __int64 themselves; callers may write either spelling everywhere.
 #if !defined(__int64) && !defined(_MSC_VER)
 #define __int64 long long

@@ -50,13 +50,13 @@ public:
     virtual void setCopyMode(const qxCopyMode& mode);
 
     /// True when a holder that is copied must clone this object.
-    virtual bool useDeepCopy() { return m_copyMode == QX_COPY_DEEP; }
+    QX_ONE_COPY virtual bool useDeepCopy() { return m_copyMode == QX_COPY_DEEP; }
 
     /// Counts one holder more. The count is not checked for overflow.
-    virtual void ref() { ++m_count; }
+    QX_ONE_COPY virtual void ref() { ++m_count; }
 
     /// Counts one holder less and deletes the object when that was the last.
-    virtual void unref()
+    QX_ONE_COPY virtual void unref()
     {
         if (m_count == 0)
             raiseMismatch("REFERENCE MISMATCH ! Unref an object with zero reference count.");

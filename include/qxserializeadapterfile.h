@@ -96,7 +96,7 @@ private:
     void release();
     unsigned int getQueued() const { return static_cast<unsigned int>(m_queueEnd - m_window.next); }
     void emptyQueue() { setQueue(m_buffer, m_buffer); }
-    void setQueue(unsigned char* next, unsigned char* end);
+    void setQueue(const unsigned char* next, unsigned char* end);
     void takeBuffer();
     unsigned int takeQueued(unsigned char* buffer, unsigned int count);
     unsigned int readFile(unsigned char* buffer, unsigned int count);

@@ -154,7 +154,7 @@ void qxReport::printParseError(const std::string& file, const qxXmlSax& parser)
         for (std::size_t i = begin; i < place; ++i) {
             if (!isContinuation(source[i])) blanks += source[i] == '\t' ? '\t' : ' ';
         }
-        lines += withoutControls(std::string_view(source).substr(begin, end - begin)) + "\n" + blanks +
+        lines += withoutControls(source.substr(begin, end - begin)) + "\n" + blanks +
                  colored(BOLD_GREEN, "^") + "\n";
     }
     std::fwrite(lines.data(), 1, lines.size(), stderr);

@@ -10,7 +10,7 @@
 
 /// A path as the user wrote it.
 struct qxXmlPath {
-    explicit qxXmlPath(const std::string& text);
+    explicit qxXmlPath(const std::string& path);
 
     std::string text;
     std::string item;      ///< path of the item

@@ -24,7 +24,8 @@ void qxNameInterface::setName(const qxString& name)
 
 qxString qxNameInterface::getName() const
 {
-    return m_name ? *m_name : qxString();
+    const qxString* const name = m_name;
+    return name ? *name : qxString();
 }
 
 unsigned int qxNameInterface::getDataSize(qxSerializeAdapter*) const

@@ -56,7 +56,7 @@ public:
     static qxUniqueTable& get();
 
     qxMutex& lock() { return m_lock; }
-    bool isFree(unsigned short id) const { return !m_entries[id - 1].text; }
+    bool isFree(unsigned short id) const { return !s_entries[id - 1].text; }
     unsigned short nextFreeId();
 
     /// Enters the text of an ordinary string that is not empty and makes the string unique.
@@ -67,14 +67,14 @@ public:
 
     /// Makes `string` the unique one with the ID of `entry`.
     void give(qxString& string, const Entry& entry) const;
-    const Entry& entryOf(unsigned short id) const { return m_entries[id - 1]; }
+    const Entry& entryOf(unsigned short id) const { return s_entries[id - 1]; }
 
     void clear();
 
 private:
     unsigned short idOf(const Entry& entry) const
     {
-        return static_cast<unsigned short>(&entry - m_entries + 1);
+        return static_cast<unsigned short>(&entry - s_entries + 1);
     }
 
     unsigned int stateOf(const Entry& entry) const
@@ -82,13 +82,13 @@ private:
         return static_cast<unsigned int>(idOf(entry)) << 16 | entry.length;
     }
 
-    static Entry m_entries[ENTRIES];
+    static Entry s_entries[ENTRIES];
     qxMutex m_lock{0};
     qxDict<Key, Entry> m_byText{BUCKETS};
     unsigned int m_lowestFree = 0; // no entry before it is free
 };
 
-Entry qxUniqueTable::m_entries[ENTRIES]; // all zero: the system gives the memory when it is touched
+Entry qxUniqueTable::s_entries[ENTRIES]; // all zero: the system gives the memory when it is touched
 
 qxUniqueTable& qxUniqueTable::get()
 {
@@ -98,7 +98,7 @@ qxUniqueTable& qxUniqueTable::get()
 
 unsigned short qxUniqueTable::nextFreeId()
 {
-    while (m_lowestFree < ENTRIES && m_entries[m_lowestFree].text) ++m_lowestFree;
+    while (m_lowestFree < ENTRIES && s_entries[m_lowestFree].text) ++m_lowestFree;
     return m_lowestFree < ENTRIES ? static_cast<unsigned short>(m_lowestFree + 1) : 0;
 }
 
@@ -120,7 +120,7 @@ bool qxUniqueTable::enter(qxString& string, unsigned short id, Conflict& conflic
         conflict.isSameText = known != nullptr;
         return false;
     }
-    Entry& entry = m_entries[id - 1];
+    Entry& entry = s_entries[id - 1];
     m_byText.enter(key, &entry);
     entry = {string.m_text, key.hash(), string.length()}; // the buffer changes its owner
     string.m_lengthAndID = stateOf(entry);
@@ -146,7 +146,7 @@ void qxUniqueTable::give(qxString& string, const Entry& entry) const
 void qxUniqueTable::clear()
 {
     m_byText.clear();
-    for (Entry& entry : m_entries) {
+    for (Entry& entry : s_entries) {
         qx_free(entry.text);
         entry = {};
     }

@@ -27,7 +27,7 @@ void qxSerializeAdapterFile::takeBuffer()
     emptyQueue();
 }
 
-void qxSerializeAdapterFile::setQueue(unsigned char* next, unsigned char* end)
+void qxSerializeAdapterFile::setQueue(const unsigned char* next, unsigned char* end)
 {
     // A derived class may have a read_imp of its own, which the window would pass by.
     const bool isLent = m_action == QX_SERIALIZE_INPUT && typeid(*this) == typeid(qxSerializeAdapterFile);

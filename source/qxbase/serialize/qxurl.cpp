@@ -79,7 +79,7 @@ std::string straighten(string_view path)
         if (end == string_view::npos) break;
         path.remove_prefix(end + 1);
     }
-    if (endsInFolder && !(parts.empty() && !isAbsolute)) parts.push_back("");
+    if (endsInFolder && !(parts.empty() && !isAbsolute)) parts.emplace_back();
 
     std::string result = isAbsolute ? "/" : "";
     for (std::size_t i = 0; i < parts.size(); ++i) {

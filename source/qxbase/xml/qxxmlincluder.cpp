@@ -54,8 +54,9 @@ qxXmlIncluder::qxXmlIncluder(qxSerializeAdapter* adapter)
 
 bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned int level)
 {
-    const qxString written = data; // the reader's own string changes while the other document is read
-    const qxString url = qxXmlExpandKeys(qxStripXmlSpace({written.getString(), written.length()}));
+    // Kept, since the reader's own string changes while the other document is read.
+    const std::string written(data.getString(), data.length());
+    const qxString url = qxXmlExpandKeys(qxStripXmlSpace(written));
     qxSerializeAdapter* const reading = document.getAdapter();
     const qxString base = reading ? reading->getURLBase() : qxString();
     const qxString resolved = qxSerializeAdapter::resolveURL(url, base);
@@ -76,7 +77,7 @@ bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned i
         warn("Can not include '%s', which is malformed", qxCutText(resolved, MAX_SHOWN));
         return false;
     }
-    return moveItems(included, document, written, level);
+    return moveItems(included, document, qxString(written.data(), written.size()), level);
 }
 
 bool qxXmlIncluder::isAllowed(const qxString& url)

@@ -93,7 +93,8 @@ bool qxXmlWriterState::isReading() const
 
 std::string_view qxXmlWriterState::getOpenName() const
 {
-    return std::string_view(m_names).substr(m_nameStarts.back());
+    const std::string_view names = m_names;
+    return names.substr(m_nameStarts.back());
 }
 
 void qxXmlWriterState::beginDocument()

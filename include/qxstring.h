@@ -370,8 +370,13 @@ private:
     {
         constexpr unsigned int WORD = sizeof(qxUInt64);
         const unsigned int count = length();
-        if (count > 2 * WORD) return std::memcmp(m_text, other, count) == 0;
-        if (count > WORD) return (differenceAt(other, 0) | differenceAt(other, count - WORD)) == 0;
+        if (count > 8 * WORD) return std::memcmp(m_text, other, count) == 0;
+        if (count > 8 * WORD) return std::memcmp(m_text, other, count) == 0;
+        if (count > WORD) { // fewer bytes are compared faster than the call takes
+            for (unsigned int at = 0; at < count - WORD; at += WORD)
+                if (differenceAt(other, at) != 0) return false;
+            return differenceAt(other, count - WORD) == 0;
+        }
         if (count == 0) return true;
         // A buffer has room for the whole word; its bytes behind the text do not count.
         const unsigned int unused = 8 * (WORD - count);

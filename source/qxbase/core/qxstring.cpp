@@ -192,7 +192,7 @@ qxString& qxString::append(const char* bytes, std::size_t count)
     // The bytes may lie in the buffer that is about to move.
     const unsigned int oldLength = length();
     const std::less<const char*> isBefore;
-    const bool isOwn = m_text && !isBefore(bytes, m_text) && !isBefore(m_text + oldLength, bytes);
+    const bool isOwn = oldLength != 0 && !isBefore(bytes, m_text) && !isBefore(m_text + oldLength, bytes);
     const std::size_t offset = isOwn ? static_cast<std::size_t>(bytes - m_text) : 0;
     makeRoom(oldLength + static_cast<unsigned int>(count));
     std::memmove(m_text + oldLength, isOwn ? m_text + offset : bytes, count);
@@ -258,7 +258,7 @@ void qxString::makeRoom(unsigned int newLength)
     const unsigned int room = roomFor(newLength);
     if (isUnique() || isEmpty()) {
         char* const bytes = newBytes(room);
-        if (m_text) std::memcpy(bytes, m_text, std::min(length() + 1U, newLength));
+        if (!isEmpty()) std::memcpy(bytes, m_text, std::min(length() + 1U, newLength));
         m_text = bytes;
     } else if (room != roomFor(length())) {
         void* const bytes = qx_realloc(m_text, room);

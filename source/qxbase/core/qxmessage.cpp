@@ -2,10 +2,13 @@
 
 #include "qxmessage.h"
 
+#include "core/qxformattext.h"
 #include "core/qxmessage_state.h"
+#include "core/qxtextbuilder.h"
 #include "platform/qxplatformthread.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace
 {
@@ -36,12 +39,13 @@ void deliverText(qxMessageState& state, const qxString& sender, qxMessageLevel l
         state.deliver(sender, level, format);
         return;
     }
-    qxString text;
-    text.formatArguments(format, arguments, count);
-    state.deliver(sender, level, text.getString());
+    qxTextBuilder text; // on the stack: most messages never need the heap
+    qxFormatText(text, format, std::strlen(format), arguments, count);
+    state.deliver(sender, level, text.text());
 }
 
-void sendMessage(const qxString& sender, qxMessageLevel level, bool isFinished, const char* format,
+// A null `sender` is the default one.
+void sendMessage(const qxString* sender, qxMessageLevel level, bool isFinished, const char* format,
                  const qxArgument* arguments, unsigned int count)
 {
     if (!qxMessageState::isOpen()) return;
@@ -50,14 +54,16 @@ void sendMessage(const qxString& sender, qxMessageLevel level, bool isFinished, 
     state.installDefaultReceiver();
     if (!state.isPassing(level)) return;
 
+    state.keepDefaultSender();
+    const qxString& name = sender ? *sender : state.getDefaultSender();
     qxMessageTranslatorInterface* const translator = translatorFor(level);
     if (!translator) {
-        deliverText(state, sender, level, isFinished, format, arguments, count);
+        deliverText(state, name, level, isFinished, format, arguments, count);
         return;
     }
-    const qxString translation = translator->onTranslate(sender, level, qxString(format));
+    const qxString translation = translator->onTranslate(name, level, qxString(format));
     if (translation.isEmpty()) return;
-    deliverText(state, sender, level, isFinished, translation.getString(), arguments, count);
+    deliverText(state, name, level, isFinished, translation.getString(), arguments, count);
 }
 
 } // namespace
@@ -72,8 +78,7 @@ std::atomic<unsigned int> qxMessage::s_gate{QX_LEVEL_NOTICE | GATE_CLOSED_TO_SHO
 void qxMessage::send(const qxString* sender, qxMessageLevel level, const char* format,
                      const qxArgument* arguments, unsigned int count)
 {
-    sendMessage(sender ? *sender : getDefaultSender(), level, (level & QX_FLAG_LITERAL) != 0,
-                format ? format : "", arguments, count);
+    sendMessage(sender, level, (level & QX_FLAG_LITERAL) != 0, format ? format : "", arguments, count);
 }
 
 void qxMessage::send(const qxString* sender, qxMessageLevel level, const wchar_t* format,
@@ -85,7 +90,7 @@ void qxMessage::send(const qxString* sender, qxMessageLevel level, const wchar_t
 void qxMessage::messageText(const qxString& sender, qxMessageLevel level, const char* text)
 {
     if (isDropped(level)) return;
-    sendMessage(sender, level, true, text ? text : "", nullptr, 0);
+    sendMessage(&sender, level, true, text ? text : "", nullptr, 0);
 }
 
 void qxMessage::setMessageLevel(qxMessageLevel level)
@@ -130,14 +135,14 @@ qxString qxMessage::translate(const qxString& sender, const qxString& text)
     const qxMessageLock lock;
     qxMessageTranslatorInterface* const translator = translatorFor(QX_LEVEL_ALWAYS);
     if (!translator) return text;
+    qxMessageState::get().keepDefaultSender();
     const qxString translation = translator->onTranslate(sender, QX_LEVEL_ALWAYS, text);
     return translation.isEmpty() ? text : translation;
 }
 
 const qxString& qxMessage::getDefaultSender()
 {
-    static const qxString* const sender = new qxString("QuaxoSDK"); // never destroyed
-    return *sender;
+    return qxMessageState::get().getDefaultSender();
 }
 
 void qxMessage::waitLock()

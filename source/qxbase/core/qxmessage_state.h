@@ -26,6 +26,15 @@ public:
 
     qxMessageLevel getLevel() const { return m_level; }
 
+    /// The reference needs no lock, its text does: a receiver that compares it may make it unique.
+    const qxString& getDefaultSender() const { return m_defaultSender; }
+
+    /// Makes the name an own text again, which does not go with the table of unique strings.
+    void keepDefaultSender()
+    {
+        if (m_defaultSender.isUnique()) m_defaultSender = DEFAULT_SENDER;
+    }
+
     /// Takes the lock itself, as setMessageLevel does.
     void setLevel(qxMessageLevel level);
 
@@ -49,6 +58,7 @@ public:
 
 private:
     static constexpr unsigned int LEVEL_MASK = 0xF07F; // a level setting counts without its flags and bit 7
+    static constexpr const char* DEFAULT_SENDER = "QuaxoSDK";
 
     qxMessageState();
 
@@ -64,6 +74,7 @@ private:
     qxSemaphore m_semaphore;
 
     qxMessageLevel m_level = QX_LEVEL_NOTICE;
+    qxString m_defaultSender{DEFAULT_SENDER};
     bool m_isDefaultReceiverDue = true;                   // not installed so far
     bool m_isDefaultReceiverWanted = true;                // and there is no other
     std::vector<qxMessageReceiverInterface*> m_receivers; // null: removed while receivers are called

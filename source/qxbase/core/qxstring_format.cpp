@@ -4,6 +4,7 @@
 
 #include "core/qxascii.h"
 #include "core/qxformatnumber.h"
+#include "core/qxformattext.h"
 #include "core/qxtextbuilder.h"
 #include "core/qxutf8scan.h"
 #include "qxerror.h"
@@ -23,12 +24,13 @@ constexpr qxUInt64 FIRST_ADDRESS = 4096;   // no text starts below it
 class Formatter
 {
 public:
-    Formatter(const char* format, std::size_t length, const qxArgument* arguments, unsigned int count)
-        : m_format(format), m_at(format), m_end(format + length), m_arguments(arguments), m_count(count)
+    Formatter(qxTextBuilder& result, const char* format, std::size_t length, const qxArgument* arguments,
+              unsigned int count)
+        : m_format(format), m_at(format), m_end(format + length), m_arguments(arguments), m_count(count),
+          m_result(result)
     {}
 
     void run();
-    const qxTextBuilder& result() const { return m_result; }
 
 private:
     void convert();
@@ -54,7 +56,7 @@ private:
     const qxArgument* const m_arguments;
     const unsigned int m_count;
     unsigned int m_next = 0;
-    qxTextBuilder m_result;
+    qxTextBuilder& m_result;
 };
 
 void Formatter::run()
@@ -272,6 +274,12 @@ void Formatter::throwUnknownOption() const
 
 } // namespace
 
+void qxFormatText(qxTextBuilder& out, const char* format, std::size_t length, const qxArgument* arguments,
+                  unsigned int count)
+{
+    Formatter(out, format, length, arguments, count).run();
+}
+
 qxString& qxString::formatArguments(const char* format, const qxArgument* arguments, unsigned int count)
 {
     return formatArguments(format, format ? std::strlen(format) : 0, arguments, count);
@@ -280,8 +288,8 @@ qxString& qxString::formatArguments(const char* format, const qxArgument* argume
 qxString& qxString::formatArguments(const char* format, std::size_t length, const qxArgument* arguments,
                                     unsigned int count)
 {
-    Formatter formatter(format, length, arguments, count);
-    formatter.run();
-    setBytes(formatter.result().bytes(), formatter.result().length());
+    qxTextBuilder result;
+    qxFormatText(result, format, length, arguments, count);
+    setBytes(result.bytes(), result.length());
     return *this;
 }

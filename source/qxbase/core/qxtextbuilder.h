@@ -24,6 +24,13 @@ public:
     const char* bytes() const { return m_bytes; }
     std::size_t length() const { return m_length; }
 
+    /// The bytes with a zero behind them, for which there is always room.
+    const char* text()
+    {
+        m_bytes[m_length] = 0;
+        return m_bytes;
+    }
+
     /// Room for `count` bytes more, which the caller writes. Valid until the next call.
     char* extend(std::size_t count)
     {
@@ -62,5 +69,5 @@ private:
     char m_fixed[512];
     char* m_bytes = m_fixed;
     std::size_t m_length = 0;
-    std::size_t m_room = sizeof m_fixed;
+    std::size_t m_room = sizeof m_fixed - 1; // without that for the zero
 };

@@ -69,7 +69,7 @@ TEST(qxMemory, reallocationKeepsTheContentAlsoWhenItIsRefused)
 {
     char* memory = static_cast<char*>(qx_realloc(nullptr, 4));
     std::memcpy(memory, "abc", 4);
-    for (const std::size_t size : {4, 100, 100000, 200000, 100, 4}) {
+    for (const std::size_t size : {4U, 100U, 100000U, 200000U, 100U, 4U}) {
         memory = static_cast<char*>(qx_realloc(memory, size));
         EXPECT_STREQ(memory, "abc");
     }
@@ -108,6 +108,9 @@ TEST(qxMemoryControl, reportsOneLineEach)
     const std::string text(2000, 'x');
     EXPECT_EQ(errorOutput([] { EXPECT_THROW(qxThrowBadAlloc("a.cpp", 7), std::bad_alloc); }),
               "Bad Alloc:File: a.cpp  Line: 7  Ver: 2.10.1\n");
+    const std::string own = errorOutput([] { EXPECT_THROW(qx_new(hugeSizes[0]), std::bad_alloc); });
+    EXPECT_NE(own.find("source/qxbase/core/qxmemory.cpp  Line: "), std::string::npos) << own;
+    EXPECT_EQ(own.find("File: /"), std::string::npos) << own; // not where it was built
     EXPECT_EQ(errorOutput([] { qxMemoryControl::memprintf(false, "plain", "c"); }), "plain\n");
     EXPECT_EQ(errorOutput([&] { qxMemoryControl::memprintf(true, "<%s>", text.c_str()); }),
               "<" + std::string(1022, 'x') + "\n"); // cut at its buffer

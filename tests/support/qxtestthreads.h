@@ -22,12 +22,13 @@ void onThreads(unsigned int count, Body&& body)
 {
     std::vector<std::thread> threads;
     for (unsigned int i = 0; i < count; ++i) {
-        threads.emplace_back([&body, i] {
+        const auto run = [&body]([[maybe_unused]] unsigned int number) {
             if constexpr (std::is_invocable_v<Body&, unsigned int>)
-                body(i);
+                body(number);
             else
                 body();
-        });
+        };
+        threads.emplace_back(run, i);
     }
     for (std::thread& thread : threads) thread.join();
 }

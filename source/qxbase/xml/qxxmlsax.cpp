@@ -5,6 +5,7 @@
 #include "qxmessage.h"
 #include "qxserializeadapter.h"
 #include "xml/qxxmlreader.h"
+#include "xml/qxxmlsax_scan.h"
 #include "xml/qxxmlwriter.h"
 
 #include <string_view>

@@ -231,7 +231,7 @@ public:
     /// The reverse; characters above 255 become "?".
     qxString& convertUTF8ToAscii();
 
-    /// Reads the list that convertUTF8ToNumList writes, with any separator and prefix.
+    /// Reads what convertUTF8ToNumList writes; "0x" aside, separator and prefix hold no hexadecimal digit.
     qxString& convertNumListToUTF8();
 
     /// Replaces the text by its characters' codes in hexadecimal, `prefix` before each, `separator` between.

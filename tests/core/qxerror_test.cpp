@@ -2,53 +2,23 @@
 
 #include "qxerror.h"
 
-#include "qxtestsupport.h"
+#include "qxtesttexts.h"
+#include "qxtestthreads.h"
 
-#include <cstring>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
 {
 
-// Answers every text with its own, or by raising an error.
-class Translator final : public qxMessageTranslatorInterface
-{
-public:
-    explicit Translator(const char* answer) : m_answer(answer) { qxMessage::setMessageTranslator(this); }
-    ~Translator() { qxMessage::setMessageTranslator(nullptr); }
-
-    qxString onTranslate(const qxString&, qxMessageLevel, const qxString&) override
-    {
-        if (m_answer == "raise") qxExceptionThrows::qxThrowWarning("by the translator %d", 1);
-        return m_answer;
-    }
-
-private:
-    const qxString m_answer;
-};
-
-struct Caught {
-    std::string kind;
-    std::string text;
-    int code;
-    qxMessageEncoding encoding;
-
-    bool operator==(const Caught&) const = default;
-    friend std::ostream& operator<<(std::ostream& out, const Caught& caught)
-    {
-        return out << caught.kind << " \"" << caught.text << "\" " << caught.code << ' ' << caught.encoding;
-    }
-};
-
+// The class, text, code and encoding of the error that `body` raises.
 template <class Body>
-Caught caughtFrom(Body&& body)
+std::string caughtFrom(Body&& body)
 {
     const auto describe = [](const char* kind, const qxBaseError& error) {
-        return Caught{kind, error.getErrorString().getString(), error.getErrorCode(),
-                      error.getMessageEncoding()};
+        return std::string(kind) + " \"" + error.getErrorString().getString() + "\" " +
+               std::to_string(error.getErrorCode()) + ' ' + std::to_string(error.getMessageEncoding());
     };
     try {
         body();
@@ -64,25 +34,29 @@ typedef qxExceptionThrows Throws;
 
 TEST(qxExceptionThrows, raisesFormattedErrors)
 {
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowFatal("value %d", 5); }), (Caught{"fatal", "value 5", 0, 512}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowFatal(L"v\xE4lue %d", 5); }),
-              (Caught{"fatal", "v\xC3\xA4lue 5", 0, 512}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowFatal(0, "value %s", "x"); }),
-              (Caught{"fatal", "value x", 0, 0}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowFatal(0xA00U, L"value %d%%", 5); }),
-              (Caught{"fatal", "value 5%", 0, 0xA00}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowWarning("value %d", 5); }),
-              (Caught{"warning", "value 5", 0, 512}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowWarning(L"value"); }), (Caught{"warning", "value", 0, 512}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowWarning(0x800, "value"); }),
-              (Caught{"warning", "value", 0, 0x800}));
-    EXPECT_EQ(caughtFrom([] { Throws::qxThrowWarning(0x200, L"value %d", 5); }),
-              (Caught{"warning", "value 5", 0, 0x200}));
+    const struct {
+        void (*raise)();
+        const char* caught;
+    } rows[] = {
+        {[] { Throws::qxThrowFatal("value %d", 5); }, "fatal \"value 5\" 0 512"},
+        {[] { Throws::qxThrowFatal(L"v\xE4lue %d", 5); }, "fatal \"v\xC3\xA4lue 5\" 0 512"},
+        {[] { Throws::qxThrowFatal(0, "value %s", "x"); }, "fatal \"value x\" 0 0"},
+        {[] { Throws::qxThrowFatal(0xA00U, L"value %d%%", 5); }, "fatal \"value 5%\" 0 2560"},
+        {[] { Throws::qxThrowWarning("value %d", 5); }, "warning \"value 5\" 0 512"},
+        {[] { Throws::qxThrowWarning(L"value"); }, "warning \"value\" 0 512"},
+        {[] { Throws::qxThrowWarning(0x800, "value"); }, "warning \"value\" 0 2048"},
+        {[] { Throws::qxThrowWarning(0x200, L"value %d", 5); }, "warning \"value 5\" 0 512"},
+        {[] { throwFatalTemplateError("no such item"); }, "fatal \"Template-no such item\" 0 512"},
+        {[] { Throws::qxThrowFatal("100% sure", 5); },
+         "fatal \"100% sure\" 0 512"}, // no format: its own text
+        {[] { Throws::qxThrowFatal("%s", nullptr); }, "fatal \"%s\" 0 512"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(caughtFrom(row.raise), row.caught);
 }
 
 TEST(qxExceptionThrows, translatesUnlessTheEncodingForbidsIt)
 {
-    Translator translator("T %d");
+    TestTranslator translator("T %d");
     EXPECT_EQ(fatalText([] { Throws::qxThrowFatal("value %d", 5); }), "T 5");
     EXPECT_EQ(fatalText([] { Throws::qxThrowFatal(0, "value %d", 5); }), "T 5");
     EXPECT_EQ(fatalText([] { Throws::qxThrowFatal(0x200, "value %d", 5); }), "value 5");
@@ -94,7 +68,7 @@ TEST(qxExceptionThrows, anErrorKeepsItsTextWhenTheTranslationIsNoUse)
 {
     for (const char* answer : {"", "%k", "%s", "raise"}) {
         SCOPED_TRACE(answer);
-        Translator translator(answer);
+        TestTranslator translator(answer);
         EXPECT_EQ(fatalText([] { Throws::qxThrowFatal("value %d", 5); }), "value 5");
         EXPECT_EQ(warningText([] { Throws::qxThrowWarning("%k %d", 5); }), "%k %d");
     }
@@ -106,17 +80,6 @@ TEST(qxExceptionThrows, needsNoLockWithoutATranslator)
     EXPECT_EQ(onAnotherThread([] { return fatalText([] { Throws::qxThrowFatal("value %d", 5); }); }),
               "value 5");
     qxMessage::unLock();
-}
-
-TEST(qxExceptionThrows, aWrongFormatIsItsOwnText)
-{
-    EXPECT_EQ(fatalText([] { Throws::qxThrowFatal("100% sure", 5); }), "100% sure");
-    EXPECT_EQ(fatalText([] { Throws::qxThrowFatal("%s", nullptr); }), "%s");
-}
-
-TEST(qxExceptionThrows, helpsContainerTemplates)
-{
-    EXPECT_EQ(fatalText([] { throwFatalTemplateError("no such item"); }), "Template-no such item");
 }
 
 TEST(qxBaseError, reportsItsTextAsAMessage)
@@ -158,29 +121,11 @@ TEST(qxBaseError, callsTheReportFunctionOfItsClass)
     EXPECT_EQ(recorder.texts(), std::vector<std::string>{"c"});
 }
 
-TEST(qxBaseError, isCopiedWithItsText)
-{
-    const qxFatalError error("text", 9, 0x800);
-    const qxFatalError copy(error);
-    qxFatalError assigned("other", 0, 0);
-    assigned = error;
-    for (const qxFatalError& each : {copy, assigned}) {
-        EXPECT_EQ(each.getErrorString(), "text");
-        EXPECT_EQ(each.getErrorCode(), 9);
-        EXPECT_EQ(each.getMessageEncoding(), 0x800U);
-    }
-}
-
-TEST(qxGenerateDebugString, tellsThePlace)
-{
-    EXPECT_STREQ(qxGenerateDebugString("file.cpp", -12, "2.10.1"), "File: file.cpp  Line: -12  Ver: 2.10.1");
-}
-
 TEST(qxGenerateDebugString, keepsThreeHundredTexts)
 {
-    const char* const first = qxGenerateDebugString("first", 1, "v");
+    const char* const first = qxGenerateDebugString("file.cpp", -12, "2.10.1");
     for (int i = 0; i < 299; ++i) ASSERT_NE(qxGenerateDebugString("next", i, "v"), first);
-    EXPECT_STREQ(first, "File: first  Line: 1  Ver: v");
+    EXPECT_STREQ(first, "File: file.cpp  Line: -12  Ver: 2.10.1");
     EXPECT_EQ(qxGenerateDebugString("again", 2, "v"), first);
     EXPECT_STREQ(first, "File: again  Line: 2  Ver: v");
 }
@@ -206,23 +151,14 @@ TEST(qxGenerateDebugString, cutsLongTextsBehindAWholeCharacter)
 TEST(qxGenerateDebugString, givesThreadsTheirOwnSlots)
 {
     std::vector<std::vector<const char*>> texts(3);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i) {
-        threads.emplace_back([&, i] {
-            for (int n = 0; n < 100; ++n)
-                texts[static_cast<std::size_t>(i)].push_back(qxGenerateDebugString("file", i, "v"));
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-
-    std::set<const char*> distinct;
-    for (int i = 0; i < 3; ++i) {
-        for (const char* text : texts[static_cast<std::size_t>(i)]) {
-            ASSERT_EQ(text, "File: file  Line: " + std::to_string(i) + "  Ver: v");
-            distinct.insert(text);
-        }
-    }
+    onThreads(3, [&](unsigned int number) {
+        const std::string name = std::to_string(number);
+        for (int n = 0; n < 100; ++n) texts[number].push_back(qxGenerateDebugString(name.c_str(), n, "v"));
+    });
+    std::set<std::string> distinct; // a text that another thread wrote over would be there twice
+    for (const std::vector<const char*>& theirs : texts) distinct.insert(theirs.begin(), theirs.end());
     EXPECT_EQ(distinct.size(), 300U);
+    EXPECT_TRUE(distinct.contains("File: 2  Line: 99  Ver: v"));
 }
 
 TEST(qxAssert, sendsTheConditionAndItsPlace)

@@ -2,7 +2,7 @@
 
 #include "qxmessage.h"
 
-#include "qxtestsupport.h"
+#include "qxtesttexts.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -64,36 +64,29 @@ TEST_F(qxDefaultReceiver, labelsEveryLevel)
 {
     const struct {
         qxMessageLevel level;
-        const char* label;
+        const char* plain;
+        const char* internal;
     } rows[] = {
-        {0x1000, " Memory::"},
-        {0x1800, " Internal Memory::"},
-        {0x1001, " Perf::"},
-        {0x1801, " Internal Perf::"},
-        {0x2000, " Debug::"},
-        {0x2800, " Internal Debug::"},
-        {0x3000, " Notice::"},
-        {0x3800, " Internal Notice::"},
-        {0x4000, " Warning::"},
-        {0x4800, " Internal Warning::"},
-        {0x5000, " Fatal::"},
-        {0x5800, " Internal Fatal::"},
-        {0x6000, " Assert::"},
-        {0x6800, " Internal Assert::"},
-        {0x7000, " Always::"},
-        {0x7800, " Internal Always::"},
-        {0x4200, " Warning::"},
-        {0x4600, " Warning::"},
-        {0x4E00, " Internal Warning::"},
-        {0x2001, ""},
-        {0x2801, " Internal::"},
-        {0x8000, ""},
+        {0x1000, " Memory::", " Internal Memory::"},
+        {0x1001, " Perf::", " Internal Perf::"},
+        {0x2000, " Debug::", " Internal Debug::"},
+        {0x3000, " Notice::", " Internal Notice::"},
+        {0x4000, " Warning::", " Internal Warning::"},
+        {0x5000, " Fatal::", " Internal Fatal::"},
+        {0x6000, " Assert::", " Internal Assert::"},
+        {0x7000, " Always::", " Internal Always::"},
+        {0x4200, " Warning::", " Internal Warning::"},
+        {0x4600, " Warning::", " Internal Warning::"},
+        {0x2001, "", " Internal::"},
+        {0x8000, "", " Internal::"},
     };
     qxMessage::setMessageLevel(0x0800);
     std::string expected;
     for (const auto& row : rows) {
+        const std::string text = (row.level & 0x400) != 0 ? "text %d\n" : "text 1\n";
         qxMessage::message("Me", row.level, "text %d", 1);
-        expected += std::string("\rMe") + row.label + ((row.level & 0x400) ? "text %d\n" : "text 1\n");
+        qxMessage::message("Me", row.level | QX_FLAG_INTERNAL, "text %d", 1);
+        expected += std::string("\rMe") + row.plain + text + "\rMe" + row.internal + text;
     }
     EXPECT_EQ(output(), expected);
 }
@@ -101,14 +94,9 @@ TEST_F(qxDefaultReceiver, labelsEveryLevel)
 TEST_F(qxDefaultReceiver, sendsTheLineToTheDebugOutputToo)
 {
     qxMessage::message(QX_LEVEL_NOTICE, "a %s", "b");
-    EXPECT_EQ(output(), "\rQuaxoSDK Notice::a b\n");
-    EXPECT_EQ(s_debugOutput, "QuaxoSDK Notice::a b\n");
-}
-
-TEST_F(qxDefaultReceiver, doesNotTakeTextsForFormats)
-{
-    qxMessage::messageText("%s%n", QX_LEVEL_NOTICE, "%s%n%d");
-    EXPECT_EQ(output(), "\r%s%n Notice::%s%n%d\n");
+    qxMessage::messageText("%s%n", QX_LEVEL_NOTICE, "%s%n%d"); // no formats
+    EXPECT_EQ(output(), "\rQuaxoSDK Notice::a b\n\r%s%n Notice::%s%n%d\n");
+    EXPECT_EQ(s_debugOutput, "QuaxoSDK Notice::a b\n%s%n Notice::%s%n%d\n");
 }
 
 TEST_F(qxDefaultReceiver, cutsTheHeaderBehindAWholeCharacter)
@@ -134,21 +122,14 @@ TEST_F(qxDefaultReceiver, cutsTheHeaderBehindAWholeCharacter)
 
 TEST_F(qxDefaultReceiver, translatesTheLabel)
 {
-    struct Translator final : qxMessageTranslatorInterface {
-        qxString onTranslate(const qxString& sender, qxMessageLevel level, const qxString& format) override
-        {
-            if (format == " Fatal::") return qxString();
-            if (format != " Warning::" || sender != "Me" || level != QX_LEVEL_ALWAYS) return format;
-            return " Achtung::";
-        }
-    } translator;
-    qxMessage::setMessageTranslator(&translator);
-    qxMessage::message("Me", QX_LEVEL_WARNING, "a");
-    qxMessage::message("Me", QX_LEVEL_WARNING | QX_FLAG_UNTRANSLATED, "b");
-    qxMessage::message("Me", QX_LEVEL_FATAL, "c");
-    qxMessage::setMessageTranslator(nullptr);
-
-    EXPECT_EQ(output(), "\rMe Achtung::a\n\rMe Achtung::b\n\rMec\n");
+    {
+        TestTranslator translator(" Achtung::");
+        qxMessage::message("Me", QX_LEVEL_WARNING | QX_FLAG_UNTRANSLATED, "a");
+        EXPECT_EQ(translator.asked(), (std::vector<RecordedMessage>{{"Me", 0x7000, " Warning::"}}));
+    }
+    TestTranslator translator("");
+    qxMessage::message("Me", QX_LEVEL_FATAL | QX_FLAG_UNTRANSLATED, "b");
+    EXPECT_EQ(output(), "\rMe Achtung::a\n\rMeb\n");
 }
 
 TEST_F(qxDefaultReceiver, asksAboutAssertions)
@@ -163,7 +144,7 @@ TEST_F(qxDefaultReceiver, asksAboutAssertions)
     EXPECT_EQ(output(), "\rQuaxoSDK Assert::i < 5\n\rQuaxoSDK Fatal::no assertion\n");
 }
 
-TEST_F(qxDefaultReceiver, retryRaisesABreakpoint)
+TEST_F(qxDefaultReceiver, retryRaisesABreakpointAndAbortEndsTheProcess)
 {
     s_answer = QX_ASSERT_RETRY;
     try {
@@ -175,11 +156,6 @@ TEST_F(qxDefaultReceiver, retryRaisesABreakpoint)
     }
     std::thread([] { qxMessage::message(QX_LEVEL_NOTICE, "goes on"); }).join();
     EXPECT_EQ(output(), "\rQuaxoSDK Assert::text\n\rQuaxoSDK Notice::goes on\n");
-}
-
-TEST_F(qxDefaultReceiver, abortEndsTheProcess)
-{
-    output();
     s_answer = QX_ASSERT_ABORT;
     EXPECT_DEATH(qxMessage::message(QX_LEVEL_ASSERT, "text"), "");
 }
@@ -201,53 +177,45 @@ protected:
     }
 
     static testing::ExitedWithCode done() { return testing::ExitedWithCode(0); }
+    static void notice(const char* text) { qxMessage::message(QX_LEVEL_NOTICE, text); }
 };
 
 TEST_F(qxMessageInANewProcess, theFirstMessageInstallsTheDefaultReceiver)
 {
-    EXPECT_EXIT(echoOutput([] { qxMessage::message(QX_LEVEL_NOTICE, "text"); }), done(),
-                testing::Eq("[\rQuaxoSDK Notice::text\n]"));
-}
-
-TEST_F(qxMessageInANewProcess, aReceiverThatIsThereBeforeKeepsItOut)
-{
-    EXPECT_EXIT(echoOutput([] {
-                    MessageRecorder recorder;
-                    qxMessage::message(QX_LEVEL_NOTICE, "text");
-                }),
-                done(), testing::Eq("[]"));
-}
-
-TEST_F(qxMessageInANewProcess, itIsStillDueWhenThatOneHasGone)
-{
-    EXPECT_EXIT(echoOutput([] {
-                    {
-                        MessageRecorder recorder;
-                        qxMessage::message(QX_LEVEL_NOTICE, "a");
-                    }
-                    qxMessage::message(QX_LEVEL_NOTICE, "b");
-                }),
-                done(), testing::Eq("[\rQuaxoSDK Notice::b\n]"));
-}
-
-TEST_F(qxMessageInANewProcess, aDroppedMessageInstallsItToo)
-{
-    EXPECT_EXIT(echoOutput([] {
-                    qxMessage::message(QX_LEVEL_DEBUG, "a");
-                    MessageRecorder recorder;
-                    qxMessage::message(QX_LEVEL_NOTICE, "b");
-                }),
-                done(), testing::Eq("[\rQuaxoSDK Notice::b\n]"));
-}
-
-TEST_F(qxMessageInANewProcess, aRemovedDefaultReceiverIsNotInstalledAgain)
-{
-    EXPECT_EXIT(echoOutput([] {
-                    qxMessage::message(QX_LEVEL_NOTICE, "a");
-                    qxMessage::removeMessageReceiver(qxMessage::getDefaultMessageReceiver());
-                    qxMessage::message(QX_LEVEL_NOTICE, "b");
-                }),
-                done(), testing::Eq("[\rQuaxoSDK Notice::a\n]"));
+    const struct {
+        const char* name;
+        void (*body)();
+        const char* output;
+    } rows[] = {
+        {"installed", [] { notice("a"); }, "[\rQuaxoSDK Notice::a\n]"},
+        {"by a dropped message too",
+         [] {
+             qxMessage::message(QX_LEVEL_DEBUG, "a");
+             MessageRecorder recorder;
+             notice("b");
+         },
+         "[\rQuaxoSDK Notice::b\n]"},
+        {"kept out by another receiver, and still due when that has gone",
+         [] {
+             {
+                 MessageRecorder recorder;
+                 notice("a");
+             }
+             notice("b");
+         },
+         "[\rQuaxoSDK Notice::b\n]"},
+        {"not installed again",
+         [] {
+             notice("a");
+             qxMessage::removeMessageReceiver(qxMessage::getDefaultMessageReceiver());
+             notice("b");
+         },
+         "[\rQuaxoSDK Notice::a\n]"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EXIT(echoOutput(row.body), done(), testing::Eq(row.output));
+    }
 }
 
 #if defined(__ELF__)

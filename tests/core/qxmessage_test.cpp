@@ -3,7 +3,9 @@
 #include "qxmessage.h"
 
 #include "qxguard.h"
-#include "qxtestsupport.h"
+#include "qxtesttexts.h"
+#include "qxtestthreads.h"
+#include "qxuniquestring.h"
 
 #include <atomic>
 #include <functional>
@@ -30,48 +32,28 @@ private:
     const std::function<void()> m_action;
 };
 
-class Translator final : public qxMessageTranslatorInterface
+void warn(const char* text)
 {
-public:
-    explicit Translator(const char* answer) : m_answer(answer) { qxMessage::setMessageTranslator(this); }
-    ~Translator() { qxMessage::setMessageTranslator(nullptr); }
-
-    qxString onTranslate(const qxString& sender, qxMessageLevel level, const qxString& format) override
-    {
-        m_asked.push_back({sender.getString(), level, format.getString()});
-        return m_answer;
-    }
-
-    const std::vector<RecordedMessage>& asked() const { return m_asked; }
-
-private:
-    const qxString m_answer;
-    std::vector<RecordedMessage> m_asked;
-};
+    qxMessage::message(QX_LEVEL_WARNING, text);
+}
 
 TEST(qxMessage, formatsItsArgumentsForItsSender)
 {
     MessageRecorder recorder;
     qxMessage::message(QX_LEVEL_WARNING, "%d of %s", 5, "five");
     qxMessage::message(QX_LEVEL_NOTICE, L"%d \x263A", 6);
-    qxMessage::message("Me", QX_LEVEL_WARNING, "plain");
+    qxMessage::message("Me", QX_LEVEL_WARNING, "%d%d%d%d%d%d%d%d%d%d%d%d%d%d%d %d", 1, 2, 3, 4, 5, 6, 7, 8, 9,
+                       1, 2, 3, 4, 5, 6, 16);
     qxMessage::message("Me", QX_LEVEL_ALWAYS, L"%d%%", 7);
+    qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_LITERAL, "%d %", 5);
+    qxMessage::messageText("Me", QX_LEVEL_WARNING, "%s %");
 
     const std::vector<RecordedMessage> expected = {
-        {"QuaxoSDK", 0x4000, "5 of five"},
-        {"QuaxoSDK", 0x3000, "6 \xE2\x98\xBA"},
-        {"Me", 0x4000, "plain"},
-        {"Me", 0x7000, "7%"},
+        {"QuaxoSDK", 0x4000, "5 of five"},    {"QuaxoSDK", 0x3000, "6 \xE2\x98\xBA"},
+        {"Me", 0x4000, "123456789123456 16"}, {"Me", 0x7000, "7%"},
+        {"QuaxoSDK", 0x4400, "%d %"},         {"Me", 0x4000, "%s %"},
     };
     EXPECT_EQ(recorder.messages(), expected);
-}
-
-TEST(qxMessage, takesSixteenArguments)
-{
-    MessageRecorder recorder;
-    qxMessage::message(QX_LEVEL_WARNING, "%d%d%d%d%d%d%d%d%d%d%d%d%d%d%d %d", 1, 2, 3, 4, 5, 6, 7, 8, 9, 1, 2,
-                       3, 4, 5, 6, 16);
-    EXPECT_EQ(recorder.texts(), Texts{"123456789123456 16"});
 }
 
 TEST(qxMessage, dropsWhatTheLevelSettingKeepsOut)
@@ -95,14 +77,8 @@ TEST(qxMessage, dropsWhatTheLevelSettingKeepsOut)
         qxMessage::message(row.level, "text");
         qxMessage::messageText("Me", row.level, "text");
         EXPECT_EQ(recorder.messages().size(), row.passes ? 2U : 0U);
+        if (!row.passes) qxMessage::message(row.level, "%s", nullptr); // not even formatted
     }
-}
-
-TEST(qxMessage, aDroppedMessageIsNotFormatted)
-{
-    MessageRecorder recorder;
-    qxMessage::message(QX_LEVEL_DEBUG, "%s", nullptr);
-    EXPECT_EQ(recorder.texts(), Texts());
 }
 
 TEST(qxMessage, refusesALevelSettingAboveAlways)
@@ -114,73 +90,46 @@ TEST(qxMessage, refusesALevelSettingAboveAlways)
     EXPECT_EQ(qxMessage::getMessageLevel(), 28672U);
 }
 
-TEST(qxMessage, sendsALiteralTextAsItStands)
-{
-    MessageRecorder recorder;
-    qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_LITERAL, "%d %", 5);
-    qxMessage::messageText("Me", QX_LEVEL_WARNING, "%s %");
-
-    const std::vector<RecordedMessage> expected = {
-        {"QuaxoSDK", 0x4400, "%d %"},
-        {"Me", 0x4000, "%s %"},
-    };
-    EXPECT_EQ(recorder.messages(), expected);
-}
-
 TEST(qxMessage, callsTheReceiversInTheirOrderAndEachOnce)
 {
     Texts calls;
     Doing first([&] { calls.push_back("first"); });
     Doing second([&] { calls.push_back("second"); });
+    {
+        Doing gone([] { ADD_FAILURE() << "called"; });
+    }
     qxMessage::addMessageReceiver(&first);
     qxMessage::addMessageReceiver(nullptr);
-    qxMessage::message(QX_LEVEL_WARNING, "text");
+    warn("text");
     qxMessage::removeMessageReceiver(&first);
-    qxMessage::message(QX_LEVEL_WARNING, "text");
+    warn("text");
 
     EXPECT_EQ(calls, (Texts{"first", "second", "second"}));
 }
 
-TEST(qxMessage, aReceiverMayRemoveItselfAndOthers)
+TEST(qxMessage, aReceiverMayAddAndRemoveReceivers)
 {
     Texts calls;
     MessageRecorder before;
+    MessageRecorder late;
+    qxMessage::removeMessageReceiver(&late);
     Doing third([&] { calls.push_back("third"); });
     qxMessage::removeMessageReceiver(&third);
     Doing first([&] {
         calls.push_back("first");
+        qxMessage::addMessageReceiver(&late);
         qxMessage::removeMessageReceiver(&before);
         qxMessage::removeMessageReceiver(&first);
         qxMessage::removeMessageReceiver(&third);
     });
     Doing second([&] { calls.push_back("second"); });
     qxMessage::addMessageReceiver(&third);
-    qxMessage::message(QX_LEVEL_WARNING, "a");
-    qxMessage::message(QX_LEVEL_WARNING, "b");
+    warn("a");
+    warn("b");
 
     EXPECT_EQ(calls, (Texts{"first", "second", "second"}));
     EXPECT_EQ(before.texts(), Texts{"a"});
-}
-
-TEST(qxMessage, aReceiverAddedMeanwhileGetsTheNextMessage)
-{
-    MessageRecorder late;
-    qxMessage::removeMessageReceiver(&late);
-    Doing adding([&] { qxMessage::addMessageReceiver(&late); });
-    qxMessage::message(QX_LEVEL_WARNING, "a");
-    qxMessage::message(QX_LEVEL_WARNING, "b");
-
-    EXPECT_EQ(late.texts(), Texts{"b"});
-}
-
-TEST(qxMessage, aDestroyedReceiverIsNotCalled)
-{
-    MessageRecorder recorder;
-    {
-        Doing gone([] { ADD_FAILURE() << "called"; });
-    }
-    qxMessage::message(QX_LEVEL_WARNING, "text");
-    EXPECT_EQ(recorder.texts(), Texts{"text"});
+    EXPECT_EQ(late.texts(), Texts{"b"}); // called from the next message on
 }
 
 TEST(qxMessage, aReceiverMaySendMessagesAndSetTheLevel)
@@ -190,14 +139,39 @@ TEST(qxMessage, aReceiverMaySendMessagesAndSetTheLevel)
     Doing sending([&] {
         if (isNested) return;
         isNested = true;
-        qxMessage::message(QX_LEVEL_WARNING, "inner");
+        warn("inner");
         EXPECT_EQ(qxMessage::getMessageLevel(), QX_LEVEL_NOTICE);
         qxMessage::setMessageLevel(QX_LEVEL_FATAL);
         EXPECT_EQ(qxMessage::getMessageLevel(), QX_LEVEL_FATAL);
-        qxMessage::message(QX_LEVEL_WARNING, "dropped");
+        warn("dropped");
     });
-    qxMessage::message(QX_LEVEL_WARNING, "outer");
+    warn("outer");
     EXPECT_EQ(recorder.texts(), (Texts{"outer", "inner"}));
+}
+
+// The library's name must not depend on the table of unique strings, which goes when the application says so.
+TEST(qxMessage, theSenderKeepsItsNameWhenAReceiverComparesIt)
+{
+    struct Comparing final : qxMessageReceiverInterface {
+        void onMessage(const qxString& sender, qxMessageLevel, const char*) override
+        {
+            if (sender == name) ++hits;
+        }
+        const qxUniqueString name{qxString("QuaxoSDK")};
+        int hits = 0;
+    };
+    MessageRecorder recorder;
+    TestTranslator translator("T");
+    {
+        Comparing comparing;
+        qxMessage::addMessageReceiver(&comparing);
+        warn("a");
+        EXPECT_EQ(comparing.hits, 1);
+    }
+    qxUniqueString::cleanAllUniqueId();
+    warn("b");
+    EXPECT_FALSE(qxMessage::getDefaultSender().isUnique());
+    EXPECT_EQ(recorder.messages()[1], (RecordedMessage{"QuaxoSDK", 0x4000, "T"}));
 }
 
 TEST(qxMessage, whatIsRaisedInsideLeavesTheChannelUsable)
@@ -205,75 +179,57 @@ TEST(qxMessage, whatIsRaisedInsideLeavesTheChannelUsable)
     MessageRecorder recorder;
     {
         Doing raising([] { qxExceptionThrows::qxThrowWarning("raised"); });
-        EXPECT_EQ(warningText([] { qxMessage::message(QX_LEVEL_WARNING, "a"); }), "raised");
+        EXPECT_EQ(warningText([] { warn("a"); }), "raised");
     }
-    EXPECT_EQ(fatalText([] { qxMessage::message(QX_LEVEL_WARNING, "%k"); }),
-              "Unknown format option in string '%k'");
-    std::thread([] { qxMessage::message(QX_LEVEL_WARNING, "b"); }).join();
+    EXPECT_EQ(fatalText([] { warn("%k"); }), "Unknown format option in string '%k'");
+    std::thread([] { warn("b"); }).join();
 
     EXPECT_EQ(recorder.texts(), (Texts{"a", "b"}));
 }
 
 TEST(qxMessage, translatesBeforeItFormats)
 {
+    EXPECT_EQ(qxMessage::getMessageTranslator(), nullptr);
+    EXPECT_EQ(qxMessage::translate("Me", "text"), "text");
     MessageRecorder recorder;
-    Translator translator("T %d");
+    TestTranslator translator("T %d");
+    EXPECT_EQ(qxMessage::getMessageTranslator(), &translator);
     qxMessage::message("Me", QX_LEVEL_NOTICE, "%d", 5);
     qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_LITERAL, "%d", 6);
     qxMessage::message(QX_LEVEL_WARNING | QX_FLAG_UNTRANSLATED, "%d", 7);
     qxMessage::messageText("Me", QX_LEVEL_WARNING, "%d");
+    EXPECT_EQ(qxMessage::translate("Me", "text"), "T %d");
 
     const std::vector<RecordedMessage> asked = {
-        {"Me", 0x3000, "%d"}, {"QuaxoSDK", 0x4400, "%d"}, {"Me", 0x4000, "%d"}};
+        {"Me", 0x3000, "%d"}, {"QuaxoSDK", 0x4400, "%d"}, {"Me", 0x4000, "%d"}, {"Me", 0x7000, "text"}};
     EXPECT_EQ(translator.asked(), asked);
     EXPECT_EQ(recorder.texts(), (Texts{"T 5", "T %d", "7", "T %d"}));
 }
 
-TEST(qxMessage, doesNotAskForLevelsBelowNotice)
+TEST(qxMessage, anEmptyTranslationSuppressesFromNoticeOn)
 {
     MessageRecorder recorder(QX_LEVEL_MEMORY);
-    Translator translator("");
+    TestTranslator translator("");
+    warn("%k is not looked at");
     qxMessage::message(QX_LEVEL_DEBUG, "debug");
     qxMessage::message(0x20FF, "nearly a notice");
 
     EXPECT_EQ(recorder.texts(), (Texts{"debug", "nearly a notice"}));
-    EXPECT_TRUE(translator.asked().empty());
-}
-
-TEST(qxMessage, anEmptyTranslationSuppresses)
-{
-    MessageRecorder recorder;
-    Translator translator("");
-    qxMessage::message(QX_LEVEL_WARNING, "%k is not looked at");
-    EXPECT_EQ(recorder.texts(), Texts());
+    EXPECT_EQ(translator.asked().size(), 1U);
     EXPECT_EQ(qxMessage::translate("Me", "an error keeps its text"), "an error keeps its text");
-}
-
-TEST(qxMessage, keepsTheTranslatorThatWasSet)
-{
-    EXPECT_EQ(qxMessage::getMessageTranslator(), nullptr);
-    EXPECT_EQ(qxMessage::translate("Me", "text"), "text");
-    Translator translator("T");
-    EXPECT_EQ(qxMessage::getMessageTranslator(), &translator);
-    EXPECT_EQ(qxMessage::translate("Me", "text"), "T");
 }
 
 TEST(qxMessage, aMessageIsNotMixedWithThoseOfOtherThreads)
 {
     MessageRecorder recorder;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([i] {
-            for (int n = 0; n < 100; ++n) {
-                qxMessage::waitLock();
-                qxMessage::message(QX_LEVEL_WARNING, "%d", i);
-                qxMessage::message(QX_LEVEL_WARNING, "%d", i);
-                qxMessage::unLock();
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-
+    onThreads(4, [](unsigned int number) {
+        for (int n = 0; n < 100; ++n) {
+            qxMessage::waitLock();
+            qxMessage::message(QX_LEVEL_WARNING, "%d", number);
+            qxMessage::message(QX_LEVEL_WARNING, "%d", number);
+            qxMessage::unLock();
+        }
+    });
     const Texts texts = recorder.texts();
     ASSERT_EQ(texts.size(), 800U);
     for (std::size_t i = 0; i < texts.size(); i += 2) ASSERT_EQ(texts[i], texts[i + 1]);
@@ -284,13 +240,13 @@ TEST(qxMessage, theLevelMayBeSetWhileOthersSend)
     MessageRecorder recorder;
     std::atomic<bool> isOver{false};
     std::thread sending([&] {
-        while (!isOver) qxMessage::message(QX_LEVEL_WARNING, "text");
+        while (!isOver) warn("text");
     });
     for (int i = 0; i < 200; ++i) qxMessage::setMessageLevel(i % 2 ? QX_LEVEL_FATAL : QX_LEVEL_WARNING);
     isOver = true;
     sending.join();
 
-    qxMessage::message(QX_LEVEL_WARNING, "dropped");
+    warn("dropped");
     for (const std::string& text : recorder.texts()) ASSERT_EQ(text, "text");
 }
 
@@ -300,8 +256,8 @@ TEST(qxMessage, anUnlockWithoutALockIsIgnored)
     qxMessage::unLock();
     qxMessage::waitLock();
     std::thread([] { qxMessage::unLock(); }).join();
-    std::thread other([] { qxMessage::message(QX_LEVEL_WARNING, "other"); });
-    qxMessage::message(QX_LEVEL_WARNING, "first");
+    std::thread other([] { warn("other"); });
+    warn("first");
     qxMessage::unLock();
     other.join();
 

@@ -2,13 +2,29 @@
 
 #include "qxstring.h"
 
-#include "qxtestsupport.h"
+#include "qxtestrows.h"
+#include "qxtesttexts.h"
 
 #include <random>
 #include <string>
+#include <vector>
 
 namespace
 {
+
+typedef std::vector<qxString> Texts;
+
+// The parts of a question, which "|" divides.
+Texts cut(const std::string& question)
+{
+    Texts texts;
+    std::size_t start = 0;
+    for (std::size_t end = 0; end != std::string::npos; start = end + 1) {
+        end = question.find('|', start);
+        texts.push_back(question.substr(start, end - start).c_str());
+    }
+    return texts;
+}
 
 TEST(qxString, findsCharacters)
 {
@@ -16,61 +32,45 @@ TEST(qxString, findsCharacters)
     EXPECT_EQ(text.find('c'), 2u);
     EXPECT_EQ(text.find('c', 3), 5u);
     EXPECT_EQ(text.find('a', 4), 6u); // none: the length
-    EXPECT_EQ(qxString("abc").find('z'), 3u);
     EXPECT_EQ(text.find('a', 9), 9u); // beyond the end: the start
     EXPECT_EQ(qxString().find('a'), 0u);
 }
 
 TEST(qxString, comparesBeginnings)
 {
-    const struct {
-        const char* text;
-        const char* other;
-        bool caseSensitive;
-        bool begins;
-        unsigned short matched;
-    } rows[] = {
-        {"abc", "ab", true, true, 2},
-        {"ab", "abc", true, false, 2},
-        {"ABC", "abc", false, true, 3},
-        {"ABC", "abc", true, false, 0},
-        {"abc", "", true, true, 0},
-        {"", "", true, true, 0},
-        {"", "a", false, false, 0},
-        {"0123456789abcdef", "0123456789abcdeX", true, false, 15},
-        {"0123456789abcdef", "0123456X89abcdef", true, false, 7},
-        {"0123456789ABCDEF", "0123456789abcdeX", false, false, 15},
-        {"\xC3\xA9", "\xC3\x89", false, false, 1}, // only ASCII letters have a case
-        {"[", "{", false, false, 0},
+    const auto compare = [](bool caseSensitive) {
+        return [=](const std::string& question) {
+            const Texts texts = cut(question);
+            unsigned short matched = 999;
+            const bool begins = texts[0].compare(texts[1], caseSensitive, &matched);
+            EXPECT_EQ(texts[0].compare(texts[1], caseSensitive), begins);
+            EXPECT_EQ(texts[0].isFirst(texts[1], caseSensitive), begins);
+            return (begins ? "yes " : "no ") + std::to_string(matched);
+        };
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.text) + " with " + row.other);
-        unsigned short matched = 999;
-        EXPECT_EQ(qxString(row.text).compare(row.other, row.caseSensitive, &matched), row.begins);
-        EXPECT_EQ(matched, row.matched);
-        EXPECT_EQ(qxString(row.text).compare(row.other, row.caseSensitive), row.begins);
-        EXPECT_EQ(qxString(row.text).isFirst(qxString(row.other), row.caseSensitive), row.begins);
-    }
+    expectRows(compare(true), "abc|ab => yes 2", "ab|abc => no 2", "ABC|abc => no 0", "abc| => yes 0",
+               "| => yes 0", "0123456789abcdef|0123456789abcdeX => no 15",
+               "0123456789abcdef|0123456X89abcdef => no 7");
+    expectRows(compare(false), "ABC|abc => yes 3", "|a => no 0", "0123456789ABCDEF|0123456789abcdeX => no 15",
+               "\xC3\xA9|\xC3\x89 => no 1", "[|{ => no 0"); // only ASCII letters have a case
 }
 
 TEST(qxString, containsTellsThePosition)
 {
-    const qxString text("one two one");
-    unsigned short position = 77;
-    EXPECT_TRUE(text.contains("one", 0, true, &position));
-    EXPECT_EQ(position, 0);
-    EXPECT_TRUE(text.contains("one", 1, true, &position));
-    EXPECT_EQ(position, 8);
-    EXPECT_TRUE(text.contains("TWO", 0, false, &position));
-    EXPECT_EQ(position, 4);
-    EXPECT_TRUE(text.contains("", 11, true, &position));
-    EXPECT_EQ(position, 11);
-
-    position = 77;
-    EXPECT_FALSE(text.contains("TWO", 0, true, &position));
-    EXPECT_FALSE(text.contains("one", 9, true, &position));
-    EXPECT_FALSE(text.contains("", 12, true, &position));
-    EXPECT_EQ(position, 77); // left alone
+    const struct {
+        const char* pattern;
+        unsigned int start;
+        bool caseSensitive;
+        unsigned short position; // 77: not found, and left alone
+    } rows[] = {{"one", 0, true, 0},  {"one", 1, true, 8},  {"TWO", 0, false, 4}, {"", 11, true, 11},
+                {"TWO", 0, true, 77}, {"one", 9, true, 77}, {"", 12, true, 77}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.position);
+        unsigned short position = 77;
+        EXPECT_EQ(qxString("one two one").contains(row.pattern, row.start, row.caseSensitive, &position),
+                  row.position != 77);
+        EXPECT_EQ(position, row.position);
+    }
 }
 
 TEST(qxString, looksAtItsEnds)
@@ -92,55 +92,33 @@ TEST(qxString, looksAtItsEnds)
 
 TEST(qxString, slicesFromBothEnds)
 {
-    const struct {
-        unsigned int count;
-        const char* left;
-        const char* leftInverse;
-        const char* right;
-        const char* rightInverse;
-    } rows[] = {
-        {0, "", "hello", "", "hello"},
-        {2, "he", "llo", "lo", "hel"},
-        {5, "hello", "", "hello", ""},
-        {70000, "hello", "", "hello", ""},
+    const auto slice = [](const std::string& question) {
+        const qxString text("hello");
+        const auto count = static_cast<unsigned int>(std::stoul(question));
+        return bytesOf(qxString::str("%s|%s|%s|%s", text.left(count), text.left(count, true),
+                                     text.right(count), text.right(count, true)));
     };
-    const qxString text("hello");
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.count);
-        EXPECT_STREQ(text.left(row.count), row.left);
-        EXPECT_STREQ(text.left(row.count, true), row.leftInverse);
-        EXPECT_STREQ(text.right(row.count), row.right);
-        EXPECT_STREQ(text.right(row.count, true), row.rightInverse);
-    }
+    expectRows(slice, "0 => |hello||hello", "2 => he|llo|lo|hel", "70000 => hello||hello|");
 }
 
 TEST(qxString, slicesAtPatterns)
 {
-    const struct {
-        const char* pattern;
-        const char* leftShort;
-        const char* leftLong;
-        const char* rightShort;
-        const char* rightLong;
-    } rows[] = {
-        {"/", "usr", "usr/local", "lib", "local/lib"},
-        {"l", "usr/", "usr/local/", "ib", "ocal/lib"},
-        {"LIB", "", "", "", ""}, // does not occur
-        {"usr/local/lib", "", "", "", ""},
-        {"", "", "usr/local/lib", "", "usr/local/lib"}, // occurs at 0 and at the end
+    const auto slice = [](bool caseSensitive) {
+        return [=](const std::string& question) {
+            const Texts texts = cut(question);
+            const qxString& pattern = texts[1];
+            return bytesOf(qxString::str("%s|%s|%s|%s", texts[0].leftOf(pattern, true, caseSensitive),
+                                         texts[0].leftOf(pattern, false, caseSensitive),
+                                         texts[0].rightOf(pattern, true, caseSensitive),
+                                         texts[0].rightOf(pattern, false, caseSensitive)));
+        };
     };
-    const qxString text("usr/local/lib");
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.pattern);
-        EXPECT_STREQ(text.leftOf(row.pattern), row.leftShort);
-        EXPECT_STREQ(text.leftOf(row.pattern, false), row.leftLong);
-        EXPECT_STREQ(text.rightOf(row.pattern), row.rightShort);
-        EXPECT_STREQ(text.rightOf(row.pattern, false), row.rightLong);
-    }
-    EXPECT_STREQ(text.leftOf("LIB", true, false), "usr/local/");
-    EXPECT_STREQ(text.rightOf("LOCAL", true, false), "/lib");
-    EXPECT_STREQ(qxString("aaaa").rightOf("aa"), ""); // occurrences may overlap
-    EXPECT_STREQ(qxString("aaaa").leftOf("aa", false), "aa");
+    expectRows(slice(true), "usr/local/lib|/ => usr|usr/local|lib|local/lib", "usr/local/lib|LIB => |||",
+               "usr/local/lib|usr/local/lib => |||", "usr/local/lib| => |usr/local/lib||usr/local/lib",
+               "aaaa|aa => |aa||aa"); // occurrences may overlap
+    expectRows(slice(false), "usr/local/lib|L => usr/|usr/local/|ib|ocal/lib");
+    EXPECT_STREQ(qxString("a.b.c").leftOf("."), "a"); // the shorter part without being asked
+    EXPECT_STREQ(qxString("a.b.c").rightOf("."), "c");
 }
 
 // Every place a pattern can be found at, against the standard library's own search.
@@ -207,10 +185,8 @@ TEST(qxString, stripsTheChosenEnds)
         {false, false, "--a-b--", " \t\nx \v\r\n"},
     };
     for (const auto& row : rows) {
-        qxString dashes("--a-b--");
-        qxString blanks(" \t\nx \v\r\n");
-        EXPECT_STREQ(dashes.strip('-', row.leading, row.trailing), row.character);
-        EXPECT_STREQ(blanks.stripWhiteSpace(row.leading, row.trailing), row.whiteSpace);
+        EXPECT_STREQ(qxString("--a-b--").strip('-', row.leading, row.trailing), row.character);
+        EXPECT_STREQ(qxString(" \t\nx \v\r\n").stripWhiteSpace(row.leading, row.trailing), row.whiteSpace);
     }
     EXPECT_TRUE(qxString("----").strip('-').isEmpty());
     EXPECT_TRUE(qxString(" \r\n").stripWhiteSpace().isEmpty());
@@ -218,32 +194,14 @@ TEST(qxString, stripsTheChosenEnds)
 
 TEST(qxString, substitutesTexts)
 {
-    const struct {
-        const char* text;
-        const char* from;
-        const char* to;
-        const char* result;
-    } rows[] = {
-        {"a.b.c", ".", "::", "a::b::c"}, {"aaa", "aa", "b", "ba"}, {"abc", "x", "y", "abc"},
-        {"abc", "abc", "", ""},          {"abc", "", "x", "abc"},  {"aba", "a", "aa", "aabaa"},
+    const auto substitute = [](const std::string& question) {
+        const Texts texts = cut(question);
+        const qxString result = texts[0].substitute(texts[1], texts[2]);
+        EXPECT_EQ(result.hash(), qxString(result.getString()).hash());
+        return bytesOf(result);
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.text);
-        const qxString text(row.text);
-        const qxString result = text.substitute(row.from, row.to);
-        EXPECT_STREQ(result, row.result);
-        EXPECT_STREQ(text, row.text);
-        EXPECT_TRUE(result == qxString(row.result));
-    }
-}
-
-TEST(qxString, substitutesCharacters)
-{
-    qxString text("a-b-c");
-    EXPECT_EQ(text.substitute('-', '+'), 2u);
-    EXPECT_EQ(text.substitute('x', 'y'), 0u);
-    EXPECT_EQ(qxString().substitute('a', 'b'), 0u);
-    EXPECT_STREQ(text, "a+b+c");
+    expectRows(substitute, "a.b.c|.|:: => a::b::c", "aaa|aa|b => ba", "abc|x|y => abc", "abc|abc| => ",
+               "abc||x => abc", "aba|a|aa => aabaa");
 }
 
 } // namespace

@@ -2,10 +2,10 @@
 
 #include "qxuniquestring.h"
 
-#include "qxtestsupport.h"
+#include "qxtesttexts.h"
+#include "qxtestthreads.h"
 
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
@@ -16,61 +16,54 @@ class qxUniqueStringTest : public testing::Test
 {
 protected:
     ~qxUniqueStringTest() override { qxUniqueString::cleanAllUniqueId(); }
-
-    static void fillTable()
-    {
-        for (unsigned int i = 0; i < 65535; ++i) ASSERT_TRUE(qxString(i, 16, 0).makeUnique());
-    }
 };
 
 TEST_F(qxUniqueStringTest, equalTextsShareOneEntry)
 {
     qxString first("name");
-    qxString second("name");
     EXPECT_FALSE(first.isUnique());
     EXPECT_TRUE(first.makeUnique());
-    EXPECT_TRUE(second.makeUnique());
+    const qxUniqueString second(qxString("name"));
+    const qxString copy(second);
+    qxString assigned("some other text");
+    assigned = copy;
 
-    EXPECT_TRUE(first.isUnique());
-    EXPECT_EQ(first.getUniqueID(), 1);
-    EXPECT_EQ(second.getUniqueID(), 1);
-    EXPECT_EQ(first.getString(), second.getString());
     EXPECT_EQ(first.hash(), qxString("name").hash());
+    const qxString* const all[] = {&first, &second, &copy, &assigned};
+    for (const qxString* text : all) {
+        EXPECT_TRUE(text->isUnique());
+        EXPECT_EQ(text->getUniqueID(), 1);
+        EXPECT_EQ(text->getString(), first.getString());
+        EXPECT_TRUE(*text == first);
+    }
 }
 
 TEST_F(qxUniqueStringTest, takesTheLowestFreeId)
 {
     EXPECT_EQ(qxUniqueString::getNextFreeId(), 1);
     const qxUniqueString second("second", 2);
-    const qxUniqueString first(qxString("first"));
-    const qxUniqueString third(qxString("third"));
+    EXPECT_EQ(qxUniqueString(qxString("first")).getUniqueID(), 1);
+    EXPECT_EQ(qxUniqueString(qxString("third")).getUniqueID(), 3);
 
-    EXPECT_EQ(first.getUniqueID(), 1);
-    EXPECT_EQ(third.getUniqueID(), 3);
     EXPECT_EQ(qxUniqueString::getNextFreeId(), 4);
     EXPECT_FALSE(qxUniqueString::isFreeId(2));
     EXPECT_TRUE(qxUniqueString::isFreeId(65535));
     EXPECT_FALSE(qxUniqueString::isFreeId(0));
 }
 
-TEST_F(qxUniqueStringTest, oneTextHasOneId)
+TEST_F(qxUniqueStringTest, oneTextHasOneIdAndOneIdOneText)
 {
-    qxString text("text");
+    qxString text("100%");
     EXPECT_TRUE(text.makeUnique(5));
     EXPECT_TRUE(text.makeUnique(5));
     EXPECT_TRUE(text.makeUnique(6)); // it is unique already
-    EXPECT_TRUE(qxString("text").makeUnique(5));
+    EXPECT_TRUE(qxString("100%").makeUnique(5));
 
-    qxString other("text");
+    qxString other("100%");
     EXPECT_EQ(fatalText([&] { other.makeUnique(6); }),
-              "Bad unique string (\"text\":6). String already used with ID (\"text\":5)");
+              "Bad unique string (\"100%\":6). String already used with ID (\"100%\":5)");
     EXPECT_FALSE(other.isUnique());
     EXPECT_TRUE(qxUniqueString::isFreeId(6));
-}
-
-TEST_F(qxUniqueStringTest, oneIdHasOneText)
-{
-    const qxUniqueString text("100%", 5);
     EXPECT_EQ(fatalText([] { qxUniqueString("%s", 5); }),
               "Bad unique string (\"%s\":5). ID already used with string (\"100%\":5)");
 }
@@ -78,36 +71,33 @@ TEST_F(qxUniqueStringTest, oneIdHasOneText)
 TEST_F(qxUniqueStringTest, anIdAloneFindsItsText)
 {
     const qxUniqueString text("text", 7);
-    const qxUniqueString found(7);
-    EXPECT_STREQ(found, "text");
-    EXPECT_EQ(found.getString(), text.getString());
+    EXPECT_EQ(qxUniqueString(7).getString(), text.getString());
 
     const qxUniqueString named(9);
     EXPECT_STREQ(named, "Unique(9)");
     EXPECT_EQ(named.getUniqueID(), 9);
     EXPECT_EQ(qxUniqueString("Unique(9)", 9).getString(), named.getString());
-}
 
-TEST_F(qxUniqueStringTest, emptyTextsWithoutAnIdStayOrdinary)
-{
-    qxString empty;
-    EXPECT_FALSE(empty.makeUnique());
-    EXPECT_FALSE(empty.checkUnique());
-    EXPECT_FALSE(qxUniqueString("").isUnique());
-    EXPECT_FALSE(empty.isUnique());
+    const qxUniqueString inTheWay("Unique(8)", 3);
+    EXPECT_EQ(fatalText([] { qxUniqueString(8); }),
+              "Bad unique string (\"Unique(8)\":8). String already used with ID (\"Unique(8)\":3)");
 }
 
 TEST_F(qxUniqueStringTest, checkUniqueEntersNothing)
 {
+    qxString empty;
+    EXPECT_FALSE(empty.makeUnique()); // without an ID an empty text stays ordinary
+    EXPECT_FALSE(empty.checkUnique());
     qxString text("text");
     EXPECT_FALSE(text.checkUnique());
+    EXPECT_FALSE(text.isUnique() || empty.isUnique());
     EXPECT_EQ(qxUniqueString::getNextFreeId(), 1);
 
     const qxUniqueString unique("text", 3);
     EXPECT_TRUE(text.checkUnique());
+    EXPECT_TRUE(text.checkUnique());
     EXPECT_EQ(text.getUniqueID(), 3);
     EXPECT_EQ(text.getString(), unique.getString());
-    EXPECT_TRUE(text.checkUnique());
 }
 
 TEST_F(qxUniqueStringTest, comparingTurnsAnEqualStringUnique)
@@ -126,48 +116,44 @@ TEST_F(qxUniqueStringTest, comparingTurnsAnEqualStringUnique)
     EXPECT_FALSE(qxUniqueString("test") == left);
 }
 
-TEST_F(qxUniqueStringTest, copiesStayUniqueAndShareTheText)
-{
-    const qxUniqueString unique(qxString("text"));
-    const qxString copy(unique);
-    qxString assigned("some other text");
-    assigned = unique;
-
-    EXPECT_EQ(copy.getUniqueID(), unique.getUniqueID());
-    EXPECT_EQ(copy.getString(), unique.getString());
-    EXPECT_EQ(assigned.getString(), unique.getString());
-    EXPECT_TRUE(assigned == copy);
-}
-
-// Every way to change a string, none of which may reach the table's text.
-TEST_F(qxUniqueStringTest, changesNeverReachTheTable)
+// Every way to change a string. None may reach the table's text, and all refresh the hash but the edits of characters.
+TEST_F(qxUniqueStringTest, aChangedStringHasItsOwnTextAndHash)
 {
     const struct {
         const char* name;
         void (*change)(qxString&);
+        bool isEdit = false;
     } rows[] = {
-        {"edit", [](qxString& s) { s(0) = 'X'; }},
-        {"substitute", [](qxString& s) { s.substitute('t', 'X'); }},
-        {"assign of the same length", [](qxString& s) { s = "XXXX"; }},
-        {"assign a string", [](qxString& s) { s = qxString("XXXX"); }},
+        {"edit", [](qxString& s) { s(0) = 'X'; }, true},
+        {"substitute", [](qxString& s) { s.substitute('t', 'X'); }, true},
+        {"assign of the same length", [](qxString& s) { s = "XXXXXXXXXX"; }},
+        {"assign a string", [](qxString& s) { s = qxString("XXXXXXXXXX"); }},
+        {"clear", [](qxString& s) { s.clear(); }},
         {"+= char", [](qxString& s) { s += 'X'; }},
         {"+= itself", [](qxString& s) { s += s; }},
         {"toUpper", [](qxString& s) { s.toUpper(); }},
+        {"toLower", [](qxString& s) { s.toLower(); }},
         {"reverse", [](qxString& s) { s.reverse(); }},
-        {"strip", [](qxString& s) { s.strip('t'); }},
+        {"strip", [](qxString& s) { s.strip(' '); }},
+        {"stripWhiteSpace", [](qxString& s) { s.stripWhiteSpace(); }},
         {"scramble", [](qxString& s) { s.scramble(1); }},
-        {"format", [](qxString& s) { s.format("%s", "XXXX"); }},
-        {"clear", [](qxString& s) { s.clear(); }},
+        {"escape", [](qxString& s) { s.convertCtrlToText(); }},
+        {"format", [](qxString& s) { s.format("<%s>", s); }},
+        {"identifier", [](qxString& s) { s.identifier(12); }},
     };
-    const qxUniqueString unique(qxString("text"));
+    const char* const original = " Some\ttext";
+    const qxUniqueString unique{qxString(original)};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        qxString text(unique);
-        row.change(text);
-        EXPECT_FALSE(text.isUnique());
-        EXPECT_FALSE(text == "text");
-        EXPECT_STREQ(unique, "text");
-        EXPECT_STREQ(qxUniqueString(unique.getUniqueID()), "text");
+        for (const qxString& source : {qxString(original), qxString(unique)}) {
+            SCOPED_TRACE(row.name);
+            qxString text(source);
+            text.hash();
+            row.change(text);
+            EXPECT_FALSE(text.isUnique());
+            EXPECT_FALSE(text == original);
+            EXPECT_EQ(text.hash(), qxString(row.isEdit ? original : text.getString()).hash());
+            EXPECT_STREQ(unique, original);
+        }
     }
 }
 
@@ -181,21 +167,17 @@ TEST_F(qxUniqueStringTest, anEditedStringIsEnteredWithItsOwnHash)
     EXPECT_EQ(edited.hash(), qxString("xbc").hash());
 }
 
-TEST_F(qxUniqueStringTest, aFullTableRefuses)
+TEST_F(qxUniqueStringTest, aFullTableRefusesUntilItIsCleaned)
 {
-    fillTable();
+    for (unsigned int i = 0; i < 65535; ++i) ASSERT_TRUE(qxString(i, 16, 0).makeUnique());
     EXPECT_EQ(qxUniqueString::getNextFreeId(), 0);
-
-    qxString text("no hexadecimal number");
-    EXPECT_FALSE(text.makeUnique());
-    EXPECT_FALSE(text.isUnique());
-    EXPECT_TRUE(qxString("abc").makeUnique()); // known
-    EXPECT_EQ(qxUniqueString(static_cast<unsigned short>(65535)).getUniqueID(), 65535);
-}
-
-TEST_F(qxUniqueStringTest, cleaningEmptiesTheTable)
-{
-    fillTable();
+    {
+        qxString text("no hexadecimal number");
+        EXPECT_FALSE(text.makeUnique());
+        EXPECT_FALSE(text.isUnique());
+        EXPECT_TRUE(qxString("abc").makeUnique()); // known
+        EXPECT_EQ(qxUniqueString(static_cast<unsigned short>(65535)).getUniqueID(), 65535);
+    }
     qxUniqueString::cleanAllUniqueId();
     EXPECT_EQ(qxUniqueString::getNextFreeId(), 1);
     EXPECT_FALSE(qxString("abc").checkUnique());
@@ -206,15 +188,10 @@ TEST_F(qxUniqueStringTest, threadsEnterTheSameTexts)
 {
     constexpr unsigned int TEXTS = 500;
     std::vector<std::vector<unsigned short>> ids(4);
-    std::vector<std::thread> threads;
-    for (std::vector<unsigned short>& mine : ids) {
-        threads.emplace_back([&mine] {
-            for (unsigned int i = 0; i < TEXTS; ++i)
-                mine.push_back(qxUniqueString(qxString(i, 10, 0)).getUniqueID());
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-
+    onThreads(4, [&](unsigned int number) {
+        for (unsigned int i = 0; i < TEXTS; ++i)
+            ids[number].push_back(qxUniqueString(qxString(i, 10, 0)).getUniqueID());
+    });
     for (const std::vector<unsigned short>& theirs : ids) EXPECT_EQ(theirs, ids[0]);
     EXPECT_EQ(qxUniqueString::getNextFreeId(), TEXTS + 1);
 }

@@ -4,7 +4,8 @@
 
 #include "qxarray.h"
 #include "qxtestfolder.h"
-#include "qxtestsupport.h"
+#include "qxtesttexts.h"
+#include "qxtestthreads.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -149,10 +150,7 @@ TEST_F(qxDefaultTranslator, refusesAnAddressAsItsFile)
 TEST_F(qxDefaultTranslator, isSwitchedOffOnlyWhenItIsInstalled)
 {
     EXPECT_EQ(qxMessage::getMessageTranslator(), qxMessage::getDefaultMessageTranslator());
-    struct Other final : qxMessageTranslatorInterface {
-        qxString onTranslate(const qxString&, qxMessageLevel, const qxString&) override { return "other"; }
-    } other;
-    qxMessage::setMessageTranslator(&other);
+    TestTranslator other("other");
     qxMessageTranslatorInterface::useDefaultTranslator(false);
     EXPECT_EQ(translate("text"), "other");
 

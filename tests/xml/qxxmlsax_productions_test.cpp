@@ -10,7 +10,7 @@
 namespace
 {
 
-/// Runs single productions.
+/// Runs single productions: those that no document comes to, and those that end in ways of their own.
 class Productions : public qxXmlSax
 {
 public:
@@ -43,27 +43,11 @@ public:
 typedef Productions P;
 const Productions::Row Productions::ROWS[] = {
     {&P::XML_read_02, {"a^b", "\xF0\x9F\x98\x80^z", "^\x01"}},
-    {&P::XML_read_03, {" \t\r\n^x ", "^x"}},
     {&P::XML_read_04, {":^a", "\xF0\x90\x80\x80^z", "^-"}},
     {&P::XML_read_04a, {"-^a", "\xC2\xB7^z", "^="}},
-    {&P::XML_read_05, {"a-b.9^=", "^-a"}},
     {&P::XML_read_06, {"a b c^  d", "^ a"}},
-    {&P::XML_read_07, {"-9.a^ b", "^ "}},
     {&P::XML_read_08, {"1 -2^ =", "^="}},
-    {&P::XML_read_09, {"'a%b;&c;<'^x", "^a"}},
-    {&P::XML_read_10, {"\"a'&lt;\"^x"}},
-    {&P::XML_read_11, {"'<&'^x"}},
-    {&P::XML_read_12, {"\"-'()\"^x", "!1201|'^\t'"}},
-    {&P::XML_read_13, {"%^a", "^{"}},
-    {&P::XML_read_14, {"a]b^<", "^<"}},
-    {&P::XML_read_17, {"xmla^?", "!1701|^xml?"}},
-    {&P::XML_read_19, {"<![CDATA[^a"}},
     {&P::XML_read_20, {"a]]b^]]>c"}},
-    {&P::XML_read_21, {"]]>^c", "^]]c"}},
-    {&P::XML_read_25, {" = ^x"}},
-    {&P::XML_read_26, {"1.05^a", "^2.0"}},
-    {&P::XML_read_28a, {"%a;^ "}},
-    {&P::XML_read_29, {"<!-- a -->^b"}},
     {&P::XML_read_30, {"<?xml encoding='UTF-8'?><!ELEMENT a ANY>^x"}},
     {&P::XML_read_31, {"<!ELEMENT a ANY> <![INCLUDE[%p;]]>^]"}},
     {&P::XML_read_33, {"en-GB-x^=", "!3301|en-^1"}},
@@ -72,7 +56,6 @@ const Productions::Row Productions::ROWS[] = {
     {&P::XML_read_36, {"I-navajo^ ", "!3601|i-^"}},
     {&P::XML_read_37, {"x-y^ ", "!3701|X-^"}},
     {&P::XML_read_38, {"ab^1"}},
-    {&P::XML_read_42, {"^</a>"}},
     {&P::XML_read_43, {"t<a/>&b;^</c>"}},
     {&P::XML_read_47, {"a,b)*^x"}},
     {&P::XML_read_48, {"(a|b)+^x", "a?^x", "^?"}},
@@ -83,8 +66,6 @@ const Productions::Row Productions::ROWS[] = {
     {&P::XML_read_63, {"IGNORE[a]]>^y"}},
     {&P::XML_read_64, {"a<![b]]>c^]]>"}},
     {&P::XML_read_65, {"a]]b^<![c"}},
-    {&P::XML_read_66, {"&#x41;^a", "^&a;"}},
-    {&P::XML_read_69, {"%a;^b"}},
     {&P::XML_read_77, {"<?xml version='1.0' encoding='UTF-8'?>^x", "!7701|<?xml version='1.0'^?>"}},
     {&P::XML_read_78, {"<?xml encoding='UTF-8'?>t<a>u</a>^", "!4201|<a>^"}},
     {&P::XML_read_79, {"<!ELEMENT a EMPTY>^x"}},

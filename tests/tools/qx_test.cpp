@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: see LICENSE
 
+#include "qxtestfolder.h"
 #include "qxtestrows.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 
@@ -17,35 +17,23 @@ const std::string HEAD = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"
 class Tool : public testing::Test
 {
 protected:
-    Tool()
-    {
-        const auto* const test = testing::UnitTest::GetInstance()->current_test_info();
-        m_folder = std::filesystem::temp_directory_path() /
-                   (std::string("qx_test_") + test->name() + std::to_string(std::rand()));
-        std::filesystem::remove_all(m_folder);
-        std::filesystem::create_directories(m_folder / "work");
-    }
-    ~Tool() override { std::filesystem::remove_all(m_folder); }
+    Tool() { std::filesystem::create_directory(m_folder.path() / "work"); }
 
     /// Makes a file of the folder the tool runs in.
     void file(const std::string& name, const std::string& content) const
     {
-        std::ofstream(m_folder / "work" / name, std::ios::binary) << content;
+        m_folder.write("work/" + name, content);
     }
 
-    std::string content(const std::string& name) const
-    {
-        std::ifstream stream(m_folder / "work" / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string content(const std::string& name) const { return m_folder.read("work/" + name); }
 
     /// Runs `qx` with these words, as a shell reads them, and standard input; keeps what it printed and returns its
     /// exit status.
     int run(const std::string& words, const std::string& input = {})
     {
         file("../in", input);
-        const std::string line = "cd '" + (m_folder / "work").string() + "' && '" QX_TOOL "' " + words +
-                                 " <../in >../out 2>../err";
+        const std::string line =
+            "cd '" + m_folder.name("work") + "' && '" QX_TOOL "' " + words + " <../in >../out 2>../err";
         const int result = std::system(line.c_str());
         out = content("../out");
         err = content("../err");
@@ -71,14 +59,14 @@ protected:
     /// The number of files in the folder.
     std::ptrdiff_t countFiles() const
     {
-        return std::distance(std::filesystem::directory_iterator(m_folder / "work"), {});
+        return std::distance(std::filesystem::directory_iterator(m_folder.name("work")), {});
     }
 
     std::string out;
     std::string err;
 
 private:
-    std::filesystem::path m_folder;
+    TestFolder m_folder;
 };
 
 TEST_F(Tool, tellsEventsLineByLine)

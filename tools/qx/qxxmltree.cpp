@@ -43,7 +43,7 @@ void printItems(qxXmlItem& root)
 {
     std::size_t depth = 0;
     qxXmlItem* item = root.getFirstChild();
-    while (item && item != &root) {
+    while (item && item != &root && !isInterrupted()) { // the blanks before deep items are many
         writeOutput(std::string(2 * depth, ' ') + itemLine(*item) + "\n");
         if (item->getFirstChild()) {
             item = item->getFirstChild();

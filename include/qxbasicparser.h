@@ -155,7 +155,7 @@ public:
     qxParseResult parseInteger();    ///< a sign or none, then digits
     qxParseResult parseLF();
     qxParseResult parseLoAlpha();
-    qxParseResult parseNumber();           ///< an integer, perhaps with a fraction and an exponent
+    qxParseResult parseNumber();           ///< an integer, perhaps with a point, digits and an exponent
     qxParseResult parsePlainIdentifier();  ///< letters, digits, "_", "-" and "."; the first no digit or sign
     qxParseResult parseQuoteToken();       ///< from `"` to the next `"`
     qxParseResult parseQuoteTokenEscape(); ///< the same, where a backslash hides the character behind it

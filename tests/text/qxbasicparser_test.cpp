@@ -325,7 +325,7 @@ const ParseRow PARSE_ROWS[] = {
     {&P::parseInteger, {"-12^.5", "+7^", "^-x", "^-"}},
     {&P::parseLF, {"\n^", "^\r"}},
     {&P::parseLoAlpha, {"a^", "^A"}},
-    {&P::parseNumber, {"-12.5e+3^x", "12^.x", "12^e+", "1E5^", "^.5"}},
+    {&P::parseNumber, {"-12.5e+3^x", "12.^x", "12.e1^", "12^e+", "1E5^", "^.5"}},
     {&P::parsePlainIdentifier, {"a-b.c_1^ ", "^-a"}},
     {&P::parseQuoteToken, {"\"a'b\"^ ", "\"a\\\"^ ", "^\"ab", "^a\"b\""}},
     {&P::parseQuoteTokenEscape, {"\"a\\\"\"^ ", "^\"a\\"}},

@@ -207,9 +207,8 @@ qxParseResult qxBasicParser::parseNumber()
 {
     if (parseInteger() != QX_PARSE_OK) return QX_PARSE_NO_MATCH;
     if (isNext(u'.')) {
-        Hold point(*this);
         ++m_view.current;
-        if (!skip(DIGIT)) point.rewind();
+        skip(DIGIT); // none is needed
     }
     if (isNext(u'e') || isNext(u'E')) {
         Hold exponent(*this);

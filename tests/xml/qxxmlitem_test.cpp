@@ -284,11 +284,10 @@ TEST(qxXmlItem, debugFlagsChooseWhatIsTold)
     for (qxXmlItem* child = document.findItem("a")->getFirstChild(); child; child = child->getNextSibling())
         child->debugOutput("", "Item", QX_DEBUG_TEXT);
 
-    const std::vector<std::string> expected = {
-        "Item=a",       " x=1",    "Item=<char_data>", "CharData:text", "Item=<comment>",    "Comment:c",
-        "Item=<cdata>", "CDATA:d", "Item=<pi>",        " t=e",          "Item=<entity_ref>", "Reference:f",
-    };
-    EXPECT_EQ(messages.texts(), expected);
+    EXPECT_EQ(messages.texts(),
+              (std::vector<std::string>{"Item=a", " x=1", "Item=<char_data>", "CharData:text",
+                                        "Item=<comment>", "Comment:c", "Item=<cdata>", "CDATA:d", "Item=<pi>",
+                                        " t=e", "Item=<entity_ref>", "Reference:f"}));
 }
 
 /// Writes itself and clones itself in its own way.

@@ -135,44 +135,63 @@ TEST(qxDict, storedHashesSpareComparisonsAndSurviveGrowth)
     EXPECT_EQ(CountingKey::comparisons, 1);
 }
 
-TEST(qxDict, behavesLikeAStandardMultimap)
+/// A dictionary, and the standard multimap that it must behave like: that keeps the order of equal keys too.
+class qxDictAndMultimap : public testing::Test
 {
-    std::mt19937 random(7);
-    const auto below = [&random](std::size_t limit) { return static_cast<unsigned int>(random() % limit); };
-    const std::vector<char> items(20000);
-    NumberDict dict;
-    std::multimap<unsigned int, const char*> model; // keeps the order of equal keys too
-    const auto expectEqual = [&](unsigned int key) {
+protected:
+    ~qxDictAndMultimap() noexcept override = default; // dictionaries may raise, fixtures must not
+
+    void enter(unsigned int key, const char* item)
+    {
+        dict.enter(key, item);
+        model.emplace(key, item);
+    }
+
+    /// Removes the first entry of the key or, unless `isFirst`, one of those that it has.
+    void remove(unsigned int key, bool isFirst, unsigned int number)
+    {
+        const std::size_t there = model.count(key);
+        if (there == 0) {
+            EXPECT_FALSE(isFirst ? dict.remove(key) : dict.remove(key, "unknown"));
+            return;
+        }
+        const auto removed = std::next(model.lower_bound(key), isFirst ? 0 : number % there);
+        EXPECT_TRUE(isFirst ? dict.remove(key) : dict.remove(key, removed->second));
+        model.erase(removed);
+    }
+
+    void expectEqual(unsigned int key)
+    {
         const auto [first, last] = model.equal_range(key);
         const char* item = dict.find(key); // is remembered: what changes then must not be hidden
         for (auto place = first; place != last; ++place, item = dict.find(key, item))
             ASSERT_EQ(item, place->second);
         ASSERT_EQ(item, nullptr);
-    };
-    for (const char& item : items) {
+        ASSERT_EQ(dict.entries(), model.size());
+    }
+
+    NumberDict dict;
+    std::multimap<unsigned int, const char*> model;
+};
+
+TEST_F(qxDictAndMultimap, areTheSameToARandomUser)
+{
+    std::mt19937 random(7);
+    const auto below = [&random](unsigned int limit) { return static_cast<unsigned int>(random() % limit); };
+    const std::vector<char> items(20000);
+    for (std::size_t i = 0; i < items.size(); ++i) {
         const unsigned int key = below(200);
         expectEqual(key);
-        const auto first = model.lower_bound(key);
-        const std::size_t there = model.count(key);
-        const unsigned int percent = below(100);
-        if (percent < (&item - items.data()) / 4000 % 2 * 30 + 40) { // shrinks and grows in turn
-            dict.enter(key, &item);
-            model.emplace(key, &item);
-        } else if (there == 0) {
-            EXPECT_FALSE(dict.remove(key));
-            EXPECT_FALSE(dict.remove(key, &item));
-        } else {
-            const auto removed = std::next(first, percent < 80 ? 0 : below(there));
-            EXPECT_TRUE(percent < 80 ? dict.remove(key) : dict.remove(key, removed->second));
-            model.erase(removed);
-        }
+        if (below(100) < (i / 4000 % 2 == 0 ? 70U : 40U)) // grows and shrinks in turn
+            enter(key, &items[i]);
+        else
+            remove(key, below(2) == 0, below(1000));
         if (below(5000) == 0) {
             dict.clear();
             model.clear();
         }
         expectEqual(key);
         expectEqual(below(200));
-        ASSERT_EQ(dict.entries(), model.size());
     }
 }
 

@@ -73,29 +73,21 @@ TEST(qxMutex, tellsItsOwnerOnlyWhenItTracksHim)
     }
 }
 
-TEST(qxMutex, aCopyIsFreeAndTracksAsItsSource)
+TEST(qxMutex, copyingTakesOverWhetherTheOwnerIsTrackedAndNothingElse)
 {
-    qxMutex untracked(0);
+    const qxMutex untracked(0);
     untracked.waitLock();
     qxMutex copy(untracked);
     EXPECT_EQ(copy.isLocked(), 0);
-
     copy.waitLock();
     EXPECT_EQ(copy.getOwnerThreadID(), 0U);
+
+    copy = qxMutex(1);
+    EXPECT_FALSE(isFreeForOthers(copy));
+    EXPECT_EQ(copy.getOwnerThreadID(), qxThread::getThreadID());
     copy.unLock();
+    EXPECT_EQ(copy.isLocked(), 0);
     untracked.unLock();
-}
-
-TEST(qxMutex, assignmentLeavesAHeldLockHeld)
-{
-    qxMutex lock(0);
-    lock.waitLock();
-    lock = qxMutex(1);
-
-    EXPECT_FALSE(isFreeForOthers(lock));
-    EXPECT_EQ(lock.getOwnerThreadID(), qxThread::getThreadID());
-    lock.unLock();
-    EXPECT_EQ(lock.isLocked(), 0);
 }
 
 TEST(qxMutex, warnsWhenItIsDestroyedHeld)

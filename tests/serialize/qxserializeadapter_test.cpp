@@ -6,7 +6,6 @@
 #include "qxserializeadapterfile.h"
 #include "qxserializeadaptermemory.h"
 #include "qxserializeadapterreplace.h"
-#include "qxserializedata.h"
 #include "qxteststream.h"
 #include "qxtestsupport.h"
 
@@ -179,26 +178,6 @@ TEST(qxSerializeAdapter, hasDataKeepsWhatWasGivenBackWhenReadingThrows)
     pushBackText(stream, "12");
     EXPECT_THROW(stream.hasData(5), std::string);
     EXPECT_EQ(readBlock(stream, 2), "12");
-}
-
-/// Counts the calls of its own operations.
-class TestData final : public qxSerializeData
-{
-public:
-    void write(qxSerializeAdapter*) override { log += "w"; }
-    void read(qxSerializeAdapter*) override { log += "r"; }
-    unsigned int getDataSize(qxSerializeAdapter*) override { return 0; }
-
-    std::string log;
-};
-
-TEST(qxSerializeAdapter, serializesByAction)
-{
-    TestStream stream;
-    TestData data;
-    for (const unsigned int action : {1U, 2U, 3U, 0U, 0xFFFFFFFFU})
-        stream.serialize(&data, static_cast<qxSerializeAction>(action));
-    EXPECT_EQ(data.log, "wr");
 }
 
 TEST(qxSerializeAdapter, numbersSharedObjectsAndCopiesTheirTables)

@@ -64,4 +64,16 @@ TEST(qxSerializeData, aSizeThatIsTooSmallIsAnError)
     EXPECT_EQ(readAll(stream), "rest");
 }
 
+TEST(qxSerializeData, isWrittenOrReadByAction)
+{
+    TestBlock stream("xyz");
+    TextData data("abc");
+    for (const unsigned int action : {1U, 3U, 0U, 0xFFFFFFFFU})
+        stream.serialize(&data, static_cast<qxSerializeAction>(action));
+    EXPECT_EQ(stream.written + "," + stream.content, "abc,xyz");
+    stream.serialize(&data, QX_SERIALIZE_INPUT);
+    stream.serialize(&data, QX_SERIALIZE_OUTPUT);
+    EXPECT_EQ(stream.written + "," + stream.content, "abcxyz,");
+}
+
 } // namespace

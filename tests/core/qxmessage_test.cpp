@@ -81,6 +81,15 @@ TEST(qxMessage, dropsWhatTheLevelSettingKeepsOut)
     }
 }
 
+TEST(qxMessage, aTextIsAsLongAsAStringAtMost)
+{
+    MessageRecorder recorder;
+    qxMessage::message(QX_LEVEL_WARNING, "%65535d", 1);
+    EXPECT_EQ(fatalText([] { qxMessage::message(QX_LEVEL_WARNING, "%65536d", 1); }),
+              "Too many characters in qxString");
+    EXPECT_EQ(recorder.texts(), Texts{std::string(65534, ' ') + '1'});
+}
+
 TEST(qxMessage, refusesALevelSettingAboveAlways)
 {
     MessageRecorder recorder(0x1000);

@@ -193,6 +193,7 @@ TEST(qxStringFormat, sizesNeverPassAString)
         EXPECT_EQ(fatalText([&] { formatted(format, argument, argument); }), text);
     }
     EXPECT_EQ(fatalText([] { formatted("%*d", -2147483647 - 1, 1); }), text);
+    EXPECT_EQ(fatalText([] { formatted("%.*d", 4294967297LL, 1); }), text);
 
     // At the ends of the formatter's own room, and of every string.
     const std::string filler(65533, 'x');

@@ -48,17 +48,13 @@ protected:
         return testing::internal::GetCapturedStdout();
     }
 
-    static std::string s_debugOutput;
-    static std::vector<std::string> s_dialogs;
-    static qxAssertAnswer s_answer;
+    static inline std::string s_debugOutput;
+    static inline std::vector<std::string> s_dialogs;
+    static inline qxAssertAnswer s_answer = QX_ASSERT_IGNORE;
 
 private:
     bool m_isCapturing = true;
 };
-
-std::string qxDefaultReceiver::s_debugOutput;
-std::vector<std::string> qxDefaultReceiver::s_dialogs;
-qxAssertAnswer qxDefaultReceiver::s_answer = QX_ASSERT_IGNORE;
 
 TEST_F(qxDefaultReceiver, labelsEveryLevel)
 {

@@ -100,10 +100,13 @@ TEST(qxString, refusesTextsThatAreTooLong)
     const std::string tooLong(65536, 'x');
     qxString text(longest.c_str());
     const auto wide = [] { qxString(L"xx", std::size_t{65536} * 65536, 1); };
+    const std::wstring euros(21846, L'\u20AC'); // three bytes each
 
     EXPECT_EQ(fatalText([&] { qxString(tooLong.c_str()); }), TOO_MANY);
     EXPECT_EQ(fatalText([&] { qxString(tooLong.data(), 65536 + 4); }), TOO_MANY);
     EXPECT_EQ(fatalText(wide), TOO_MANY);
+    EXPECT_EQ(fatalText([&] { qxString(euros.c_str()); }), TOO_MANY);
+    EXPECT_EQ(qxString(euros.data(), 21845).length(), 65535);
     EXPECT_EQ(fatalText([] { qxString(1, 10, 65536); }), TOO_MANY);
     EXPECT_EQ(fatalText([&] { text = tooLong.c_str(); }), TOO_MANY);
     EXPECT_EQ(fatalText([&] { text += 'x'; }), TOO_MANY);

@@ -93,13 +93,6 @@ TEST(qxString, dropsUnitsThatAreNoCodes)
     EXPECT_EQ(recorder.texts(), std::vector<std::string>{"Utf encoding on faulty data set"});
 }
 
-TEST(qxString, countsBytesNotCharacters)
-{
-    const std::wstring wide(21846, L'\u20AC'); // three bytes each
-    EXPECT_EQ(fatalText([&] { qxString(wide.c_str()); }), "Too many characters in qxString");
-    EXPECT_EQ(qxString(wide.data(), 21845).length(), 65535);
-}
-
 TEST(qxString, keepsOneWideBufferAThread)
 {
     const wchar_t* const mine = qxString("mine").getWideString();

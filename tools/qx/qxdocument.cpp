@@ -9,6 +9,28 @@
 namespace
 {
 
+struct Interruption {};
+
+/// Standard output, or nothing at all.
+class Output final : public qxSerializeAdapter
+{
+public:
+    explicit Output(bool isTrial) : m_isTrial(isTrial) {}
+
+protected:
+    using qxSerializeAdapter::read_imp;
+    unsigned char read_imp() override { return 0; } // never read
+    void write_imp(unsigned char byte) override { write_imp(&byte, 1); }
+    void write_imp(unsigned char* bytes, unsigned int count) override
+    {
+        if (isInterrupted()) throw Interruption();
+        if (!m_isTrial) writeOutput({reinterpret_cast<const char*>(bytes), count});
+    }
+
+private:
+    const bool m_isTrial;
+};
+
 // False when the document cannot be written, after the text was shown.
 bool writeTo(qxReport& report, qxSerializeAdapter& output, qxDocument& document)
 {
@@ -24,6 +46,25 @@ bool writeTo(qxReport& report, qxSerializeAdapter& output, qxDocument& document)
 void checkOutput(qxSerializeAdapter& output)
 {
     if (output.hasError()) throw qxFileError(output.getError().getString());
+}
+
+// A document that cannot be written shows nothing: it is tried first. The indentation of deep documents is more than
+// memory holds, and makes no difference.
+qxStatus writeToStandardOutput(qxReport& report, qxDocument& document)
+{
+    Output trial(true);
+    Output output(false);
+    const bool isPlain = document.isPlainOutput();
+    try {
+        document.setPlainOutput(true);
+        const bool isWritable = writeTo(report, trial, document);
+        document.setPlainOutput(isPlain);
+        if (!isWritable) return qxStatus::MALFORMED;
+        writeTo(report, output, document);
+    } catch (const Interruption&) {
+        return qxStatus::INTERRUPTED;
+    }
+    return qxStatus::DONE;
 }
 
 } // namespace
@@ -76,12 +117,7 @@ void qxDocument::writeItems()
 
 qxStatus writeDocument(qxReport& report, const std::string& name, qxDocument& document)
 {
-    if (name == "-") {
-        qxOutputBuffer output;
-        if (!writeTo(report, output, document)) return qxStatus::MALFORMED;
-        writeOutput(output.getText());
-        return qxStatus::DONE;
-    }
+    if (name == "-") return writeToStandardOutput(report, document);
     if (!qxSerializeAdapterReplace::canReplace(name.c_str())) { // a device or a pipe can only be written to
         qxSerializeAdapterFile output(name.c_str(), QX_SERIALIZE_OUTPUT);
         checkOutput(output);

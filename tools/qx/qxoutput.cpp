@@ -49,18 +49,3 @@ std::string quote(std::string_view text)
     result += '"';
     return result;
 }
-
-void qxOutputBuffer::write_imp(unsigned char* bytes, unsigned int count)
-{
-    m_bytes.insert(m_bytes.end(), bytes, bytes + count);
-}
-
-void qxOutputBuffer::write_imp(unsigned char byte)
-{
-    m_bytes.push_back(static_cast<char>(byte));
-}
-
-unsigned char qxOutputBuffer::read_imp()
-{
-    return 0; // never read
-}

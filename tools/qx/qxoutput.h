@@ -3,12 +3,11 @@
 
 #pragma once
 
-#include "qxserializeadapter.h"
+#include "qxstring.h"
 
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// A stream or file could not be opened, read or written; the text says which and why.
 class qxFileError : public std::runtime_error
@@ -35,19 +34,3 @@ inline const char* flagText(bool flag)
 {
     return flag ? "true" : "false";
 }
-
-/// Collects what is written to it, so that a document which fails half-way shows nothing.
-class qxOutputBuffer : public qxSerializeAdapter
-{
-public:
-    std::string_view getText() const { return {m_bytes.data(), m_bytes.size()}; }
-
-protected:
-    void write_imp(unsigned char* bytes, unsigned int count) override;
-    void write_imp(unsigned char byte) override;
-    using qxSerializeAdapter::read_imp;
-    unsigned char read_imp() override;
-
-private:
-    std::vector<char> m_bytes;
-};

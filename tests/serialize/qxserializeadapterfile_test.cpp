@@ -2,6 +2,7 @@
 
 #include "qxserializeadapterfile.h"
 
+#include "qxserializeadaptermemory.h"
 #include "qxtestfolder.h"
 #include "qxteststream.h"
 #include "qxtestsupport.h"
@@ -167,12 +168,15 @@ TEST_F(qxSerializeAdapterFileRead, theTextsPassThroughTheTranslator)
     qxSerializeAdapterFile writer(none.c_str(), QX_SERIALIZE_OUTPUT);
     const std::string writerError = writer.getError().getString();
     writer.flush();
+    qxSerializeAdapterMemory memory(nullptr, 0);
+    memory.read();
     qxMessage::setMessageTranslator(nullptr);
 
     const std::string opening = "[QuaxoSDK:Could not open ']" + none;
     EXPECT_EQ(reader.getError(), (opening + "[QuaxoSDK:' for reading] (No such file or directory)").c_str());
     EXPECT_EQ(writerError, opening + "[QuaxoSDK:' for writing] (No such file or directory)");
     EXPECT_EQ(writer.getError(), ("[QuaxoSDK:Could not flush to file ']" + none + "'").c_str());
+    EXPECT_STREQ(memory.getError(), "[QuaxoSDK:Memory Adapter read beyond end]");
 }
 
 TEST_F(qxSerializeAdapterFileRead, seeksFromEveryOrigin)

@@ -107,7 +107,8 @@ public:
     /// One byte. What comes when there is none depends on the adapter: ask hasData first.
     unsigned char read()
     {
-        if (m_head == m_tail && m_window.next < m_window.end) return *m_window.next++;
+        if (m_window.next < m_window.end && m_head == m_tail) [[likely]]
+            return *m_window.next++;
         return readByte();
     }
 

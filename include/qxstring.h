@@ -371,7 +371,6 @@ private:
         constexpr unsigned int WORD = sizeof(qxUInt64);
         const unsigned int count = length();
         if (count > 8 * WORD) return std::memcmp(m_text, other, count) == 0;
-        if (count > 8 * WORD) return std::memcmp(m_text, other, count) == 0;
         if (count > WORD) { // fewer bytes are compared faster than the call takes
             for (unsigned int at = 0; at < count - WORD; at += WORD)
                 if (differenceAt(other, at) != 0) return false;

@@ -19,7 +19,8 @@ int main(int argumentCount, char** arguments)
     }
     std::size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(arguments[1])) {
-        std::printf("%s\n", entry.path().c_str()); // the last line names the file that broke the harness
+        std::printf("%s\n",
+                    entry.path().string().c_str()); // the last line names the file that broke the harness
         std::fflush(stdout);
         std::ifstream file(entry.path(), std::ios::binary);
         const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};

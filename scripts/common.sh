@@ -44,6 +44,16 @@ need_tools() {
     if [ ${#missing[@]} != 0 ]; then install_packages "${missing[@]}"; fi
 }
 
+# The compiler for Windows, and what runs its programs.
+need_windows_tools() {
+    local missing=()
+    command -v x86_64-w64-mingw32-g++-posix >/dev/null || missing+=(g++-mingw-w64-x86-64-posix)
+    command -v wine >/dev/null || missing+=(wine)
+    [ -e /usr/lib/wine/wine64 ] || missing+=(wine64)
+    [ -d /usr/src/googletest ] || missing+=(googletest)
+    if [ ${#missing[@]} != 0 ]; then install_packages "${missing[@]}"; fi
+}
+
 # Whether the compiler finds a header.
 have_header() {
     printf '#if !__has_include(<%s>)\n#error missing\n#endif\n' "$1" | "${CXX:-c++}" -x c++ -E - >/dev/null 2>&1

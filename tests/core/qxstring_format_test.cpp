@@ -45,6 +45,7 @@ void compareWithC(const std::string& letters, Argument value)
 
 TEST(qxStringFormat, numbersFollowC)
 {
+    if (printed("%#.0o", 0) != "0") GTEST_SKIP() << "needs a C library that follows C";
     for (int value : {0, 1, -1, 7, -42, 255, 123456, 2147483647, -2147483647 - 1})
         compareWithC("diuoxX", value);
     for (double value : {0.0,       -0.0,   1.0,  -1.5,    0.5,  0.125,   2.675,   1e-5,    123456.789,

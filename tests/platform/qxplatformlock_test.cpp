@@ -4,6 +4,7 @@
 
 #include "platform/qxplatformthread.h"
 
+#include "platform/qxtestsystem.h"
 #include "qxtestthreads.h"
 
 #include <gtest/gtest.h>
@@ -12,9 +13,6 @@
 #include <memory>
 #include <thread>
 #include <vector>
-
-#include <pthread.h>
-#include <signal.h>
 
 namespace
 {
@@ -27,9 +25,6 @@ protected:
     {
         qxPlatformLockCreate(m_lock);
         qxPlatformConditionCreate(m_condition);
-        struct sigaction action = {};
-        action.sa_handler = [](int) {};
-        sigaction(SIGUSR1, &action, &m_before); // without SA_RESTART: it ends system calls
     }
 
     ~qxPlatformCondition() override
@@ -37,7 +32,6 @@ protected:
         joinAll();
         qxPlatformConditionDestroy(m_condition);
         qxPlatformLockDestroy(m_lock);
-        sigaction(SIGUSR1, &m_before, nullptr);
     }
 
     // Returns when the new thread sleeps: it holds the lock until then.
@@ -64,7 +58,7 @@ protected:
     // Makes every sleeper look whether it has been woken, and gives it the time to say so.
     void interruptSleepers()
     {
-        for (std::thread& thread : m_threads) pthread_kill(thread.native_handle(), SIGUSR1);
+        for (std::thread& thread : m_threads) m_interrupts.send(thread);
         qxPlatformSleep(5);
     }
 
@@ -80,7 +74,7 @@ protected:
     std::atomic<int> m_asleep{0};
     std::atomic<int> m_woken{0};
     std::atomic<int> m_timedOut{0};
-    struct sigaction m_before = {};
+    Interrupts m_interrupts;
 };
 
 TEST_F(qxPlatformCondition, tryingTheLockNeitherWaitsNorRecurses)

@@ -2,26 +2,15 @@
 
 #include "platform/qxplatformmemory.h"
 
+#include "platform/qxtestsystem.h"
+
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cstdint>
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
 namespace
 {
-
-// Whether the process may write the byte; asks the kernel, which answers instead of ending the process.
-bool isAccessible(unsigned char* address)
-{
-    const int zero = open("/dev/zero", O_RDONLY);
-    const bool result = read(zero, address, 1) == 1;
-    close(zero);
-    return result;
-}
 
 TEST(qxPlatformMemory, reservesFarMoreThanThereIsButNotAnything)
 {

@@ -4,12 +4,11 @@
 
 #include "qxarray.h"
 #include "qxtestfolder.h"
+#include "qxtestkeys.h"
 #include "qxtesttexts.h"
 #include "qxtestthreads.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <list>
 #include <string>
 #include <vector>
 
@@ -17,13 +16,6 @@ namespace
 {
 
 typedef std::vector<std::string> Texts;
-
-void setUserKey(const std::string& name, const std::string& value)
-{
-    static std::list<std::string> s_variables; // the environment keeps pointers into it
-    s_variables.push_back(name + "=" + value);
-    putenv(s_variables.back().data());
-}
 
 // The default translator with a language file of the test's own.
 class qxDefaultTranslator : public testing::Test

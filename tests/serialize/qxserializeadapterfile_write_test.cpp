@@ -165,9 +165,9 @@ TEST_F(qxSerializeAdapterFileWriteTest, aLongOverwriteGoesOnBehindItself)
 
 TEST_F(qxSerializeAdapterFileWriteTest, whatCannotBeOpenedKeepsNothing)
 {
-    qxSerializeAdapterFile directory(folder.path().c_str(), QX_SERIALIZE_OUTPUT, 1);
+    qxSerializeAdapterFile directory(folder.name().c_str(), QX_SERIALIZE_OUTPUT, 1);
     EXPECT_EQ(directory.getError(),
-              ("Could not open '" + folder.path().string() + "' for writing (Is a directory)").c_str());
+              ("Could not open '" + folder.name() + "' for writing (Is a directory)").c_str());
 
     const std::string missing = folder.name("no/file");
     MessageRecorder recorder;

@@ -32,22 +32,25 @@ public:
     TestFolder(const TestFolder&) = delete;
     TestFolder& operator=(const TestFolder&) = delete;
 
-    /// The full name of a file in the folder.
-    std::string name(std::string_view file) const { return (m_path / file).string(); }
+    /// The full name of the folder, in UTF-8 and with "/" between its parts.
+    std::string name() const { return textOf(m_path); }
+
+    /// The full name of a file in it.
+    std::string name(std::string_view file) const { return textOf(pathOf(file)); }
 
     /// Writes a file, with its folders, and returns its full name.
     std::string write(std::string_view file, std::string_view content) const
     {
-        const std::filesystem::path path = m_path / file;
+        const std::filesystem::path path = pathOf(file);
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;
-        return path.string();
+        return textOf(path);
     }
 
     /// The content of a file; "(none)" when there is no such file.
     std::string read(std::string_view file) const
     {
-        std::ifstream in(m_path / file, std::ios::binary);
+        std::ifstream in(pathOf(file), std::ios::binary);
         if (!in) return "(none)";
         return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     }
@@ -62,5 +65,15 @@ public:
     const std::filesystem::path& path() const { return m_path; }
 
 private:
+    std::filesystem::path pathOf(std::string_view file) const
+    {
+        return m_path / std::u8string(file.begin(), file.end());
+    }
+    static std::string textOf(const std::filesystem::path& path)
+    {
+        const std::u8string text = path.generic_u8string();
+        return {text.begin(), text.end()};
+    }
+
     std::filesystem::path m_path;
 };

@@ -390,7 +390,7 @@ TEST(qxBasicParser, checksTokens)
     EXPECT_FALSE(parser.checkTokens(u"ax", 2, true));
     EXPECT_EQ(parser.getTokenPos(), 0U);
     EXPECT_TRUE(parser.checkTokens(u"ab", 2, true));
-    EXPECT_TRUE(parser.checkTokens(L"\U0001F600", 1));
+    EXPECT_TRUE(parser.checkTokens(L"\U0001F600", std::size(L"\U0001F600") - 1));
     EXPECT_FALSE(parser.checkTokens(u"zz", 2));
     EXPECT_EQ(tokensOf(parser), "z");
     EXPECT_FALSE(parser.hasError());

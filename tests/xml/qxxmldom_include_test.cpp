@@ -4,10 +4,9 @@
 #include "qxxmldom.h"
 
 #include "qxtestfolder.h"
+#include "qxtestkeys.h"
 #include "qxtestsupport.h"
 #include "qxxmltesttree.h"
-
-#include <cstdlib>
 
 namespace
 {
@@ -142,9 +141,8 @@ TEST_F(qxXmlDomInclude, keysInTheUrlAreUserKeys)
 {
     folder.write("a.xml", "<a><?include $(QX_TEST_FOLDER)/b.xml?></a>");
     folder.write("sub/b.xml", "<b/>");
-    setenv("QX_TEST_FOLDER", "sub", 1);
+    setUserKey("QX_TEST_FOLDER", "sub");
     EXPECT_EQ(read("a.xml"), "(a(b))");
-    unsetenv("QX_TEST_FOLDER");
 }
 
 } // namespace

@@ -49,7 +49,7 @@ qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
     if (options.getArguments().size() > 1) throw qxUsageError("demo takes one folder of documents at most");
     // Seen from here, so that the lines are short and can be typed again.
     const std::string data = options.getArguments().empty()
-                                 ? std::filesystem::proximate(QX_DEMO_DATA).string()
+                                 ? std::filesystem::proximate(QX_DEMO_DATA).generic_string()
                                  : options.getArguments()[0];
     const std::string scene = data + "/scene.xml";
     const std::string settings = data + "/settings.xml";

@@ -5,6 +5,7 @@
 #include "platform/qxplatformmemory.h"
 
 #include <algorithm>
+#include <mutex>
 #include <new>
 #include <type_traits>
 

@@ -3,10 +3,11 @@
 
 #pragma once
 
+#include "core/qxstaticlock.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 
 /// Bytes of the largest block that comes from pages, and of a page. Blocks are multiples of a grain, in size and place.
 constexpr std::size_t QX_HEAP_LARGEST = 256;
@@ -98,7 +99,7 @@ private:
     std::atomic<std::uintptr_t> m_first{NO_ADDRESS}; // address of the first page
     qxHeapPage* m_pages = nullptr;                   // the pages' records, in the order of the pages
 
-    mutable std::mutex m_lock;          // guards the fields below, and those of qxHeapThread that say so
+    mutable qxStaticLock m_lock;        // guards the fields below, and those of qxHeapThread that say so
     std::size_t m_committedRecords = 0; // these have memory, from the first
     std::size_t m_committedPages = 0;   // these had it once, from the first
     std::size_t m_startedPages = 0;     // these were taken once, from the first

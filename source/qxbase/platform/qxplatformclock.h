@@ -10,7 +10,7 @@
 double qxPlatformSteadySeconds();
 
 /// Seconds since 1970-01-01 00:00:00, UTC, as the calendar clock shows them: it jumps when somebody
-/// sets it. Steps of a microsecond or less.
+/// sets it. Steps of a millisecond or less.
 ///
 /// Threads: any. Errors: none.
 double qxPlatformUtcSeconds();

@@ -8,7 +8,8 @@
 /// Threads: any. Errors: none; false where it cannot be told.
 bool qxPlatformHasDebugger();
 
-/// Sends `text` to the debug output: standard error while a debugger is attached, else nowhere.
+/// Sends `text` to the system's debug output; where it has none, to standard error while a debugger is attached, else
+/// nowhere.
 ///
 /// Threads: any. Errors: none.
 void qxPlatformDebugOutput(const char* text);
@@ -22,7 +23,7 @@ enum qxPlatformAnswer {
 
 /// Shows `title` and `body` and lets the user choose; only asks, does nothing about the answer.
 ///
-/// Where standard input and standard error are a terminal and the process is in its foreground, asks
+/// On Windows the dialog is a window. Elsewhere: where standard input and standard error are a terminal and the process is in its foreground, asks
 /// there for A, R or I until it gets one; the end of the input means ignore. Otherwise nobody is there
 /// to answer: both texts go to standard error and the answer is ignore.
 ///

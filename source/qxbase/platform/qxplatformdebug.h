@@ -23,9 +23,9 @@ enum qxPlatformAnswer {
 
 /// Shows `title` and `body` and lets the user choose; only asks, does nothing about the answer.
 ///
-/// On Windows the dialog is a window. Elsewhere: where standard input and standard error are a terminal and the process is in its foreground, asks
-/// there for A, R or I until it gets one; the end of the input means ignore. Otherwise nobody is there
-/// to answer: both texts go to standard error and the answer is ignore.
+/// On Windows the dialog is a window. Elsewhere: where standard input and standard error are a terminal and the process is
+/// in its foreground, asks there for A, R or I until it gets one; the end of the input means ignore. Otherwise nobody is
+/// there to answer: both texts go to standard error and the answer is ignore.
 ///
 /// Threads: any; two dialogs at once would ask at once. Errors: none.
 qxPlatformAnswer qxPlatformAssertDialog(const char* title, const char* body);

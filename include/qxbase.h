@@ -33,6 +33,7 @@
 #include "qxthread.h"
 #include "qxtime.h"
 
+#include "qxguid.h"
 #include "qxrefinstance.h"
 #include "qxserializeadapter.h"
 #include "qxserializeadapterfile.h"

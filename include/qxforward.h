@@ -8,6 +8,7 @@
 class qxArgument;
 class qxBaseError;
 class qxEvent;
+class qxGUID;
 class qxMessageReceiverInterface;
 class qxMessageTranslatorInterface;
 class qxMutex;

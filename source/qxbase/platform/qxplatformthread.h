@@ -13,6 +13,12 @@
 /// Threads: any. Errors: none.
 unsigned int qxPlatformThreadId();
 
+/// A number that the calling thread has noted for itself; 0 at its start. Reading it takes a nanosecond or two.
+///
+/// Threads: any. Errors: none.
+unsigned int qxPlatformThreadNote();
+void qxPlatformSetThreadNote(unsigned int note);
+
 /// Sleeps `milliseconds` or a little longer, also when signals arrive; 0 yields.
 ///
 /// Threads: any. Errors: none.

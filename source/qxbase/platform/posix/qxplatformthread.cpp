@@ -17,6 +17,7 @@ constexpr unsigned int KERNEL_LIMIT = 1U << 22;
 
 // Initial-exec: read as an offset from the thread's base, also in the shared library.
 __attribute__((tls_model("initial-exec"))) thread_local unsigned int t_threadId = 0; // 0: not asked yet
+__attribute__((tls_model("initial-exec"))) thread_local unsigned int t_note = 0;
 
 void forgetThreadId()
 {
@@ -39,6 +40,16 @@ unsigned int qxPlatformThreadId()
 {
     const unsigned int id = t_threadId;
     return id != 0 ? id : askThreadId();
+}
+
+unsigned int qxPlatformThreadNote()
+{
+    return t_note;
+}
+
+void qxPlatformSetThreadNote(unsigned int note)
+{
+    t_note = note;
 }
 
 void qxPlatformSleep(unsigned int milliseconds)

@@ -1,73 +1,13 @@
 // SPDX-License-Identifier: see LICENSE
 
-#include "qxtestfolder.h"
-#include "qxtestrows.h"
+#include "tools/qxtooltest.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <iterator>
 #include <string>
 
 namespace
 {
 
 const std::string HEAD = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\" ?>";
-
-/// Runs the tool in a fresh folder.
-class Tool : public testing::Test
-{
-protected:
-    Tool() { std::filesystem::create_directory(m_folder.path() / "work"); }
-
-    /// Makes a file of the folder the tool runs in.
-    void file(const std::string& name, const std::string& content) const
-    {
-        m_folder.write("work/" + name, content);
-    }
-
-    std::string content(const std::string& name) const { return m_folder.read("work/" + name); }
-
-    /// Runs `qx` with these words, as a shell reads them, and standard input; keeps what it printed and returns its
-    /// exit status.
-    int run(const std::string& words, const std::string& input = {})
-    {
-        file("../in", input);
-        const std::string line =
-            "cd '" + m_folder.name("work") + "' && '" QX_TOOL "' " + words + " <../in >../out 2>../err";
-        const int result = std::system(line.c_str());
-        out = content("../out");
-        err = content("../err");
-        return result >= 256 ? result / 256 : result;
-    }
-
-    /// All that it printed, with the exit status before it unless that is 0.
-    std::string answer(const std::string& words, const std::string& input = {})
-    {
-        const int status = run(words, input);
-        return (status != 0 ? std::to_string(status) + " " : "") + out + err;
-    }
-
-    /// Each row is "words => answer", on standard input `input`.
-    template <class... Rows>
-    void expectAnswers(const std::string& input, const Rows&... rows)
-    {
-        expectRows([&](const std::string& words) { return answer(words, input); }, rows...);
-    }
-
-    bool hasError(const char* text) const { return err.find(text) != std::string::npos; }
-
-    /// The number of files in the folder.
-    std::ptrdiff_t countFiles() const
-    {
-        return std::distance(std::filesystem::directory_iterator(m_folder.name("work")), {});
-    }
-
-    std::string out;
-    std::string err;
-
-private:
-    TestFolder m_folder;
-};
 
 TEST_F(Tool, tellsEventsLineByLine)
 {
@@ -265,6 +205,16 @@ TEST_F(Tool, showsVersionHelpAndDemonstration)
     EXPECT_EQ(run("demo"), 0) << err;
     EXPECT_NE(out.find("$ qx xml get "), std::string::npos);
     EXPECT_TRUE(hasError("broken.xml:4:51: error: Expected end tag 'note' but got 'body'")) << err;
+}
+
+TEST_F(Tool, takesNamesAndTextsOfAnyLanguage)
+{
+    file("\xd0\xb4\xe5\xbd\xa2.xml", "<a/>");
+    expectAnswers(
+        "", "xml set \xd0\xb4\xe5\xbd\xa2.xml 'a=\xe2\x82\xac \"\\' => ",
+        "xml get \xd0\xb4\xe5\xbd\xa2.xml a => \xe2\x82\xac \"\\\n",
+        "xml get none\xd0\xb4.xml 'a b' => 4 qx: error: Could not open 'none\xd0\xb4.xml' for reading "
+        "(No such file or directory)\n");
 }
 
 } // namespace

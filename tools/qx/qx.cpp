@@ -8,7 +8,6 @@
 
 #include "qxerror.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <new>
 
@@ -98,5 +97,5 @@ int main(int count, char** words)
     qxConsoleUseBinaryStreams();
     watchInterrupts();
     qxReport report;
-    return static_cast<int>(runCommandLine(report, {words + std::min(count, 1), words + count}));
+    return static_cast<int>(runCommandLine(report, qxConsoleWords(count, words)));
 }

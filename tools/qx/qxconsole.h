@@ -3,6 +3,9 @@
 
 #pragma once
 
+#include <string>
+#include <vector>
+
 enum class qxConsoleStream { INPUT, OUTPUT, ERRORS };
 
 /// Whether a terminal is at the other end of the stream.
@@ -10,3 +13,6 @@ bool qxConsoleIsTerminal(qxConsoleStream stream);
 
 /// Takes care that the bytes of standard input and output arrive as they are.
 void qxConsoleUseBinaryStreams();
+
+/// The words of the command line behind the program's name, in UTF-8. `words` are those of `main`, `count` of them.
+std::vector<std::string> qxConsoleWords(int count, char** words);

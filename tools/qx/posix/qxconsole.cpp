@@ -2,6 +2,8 @@
 
 #include "qxconsole.h"
 
+#include <algorithm>
+
 #include <unistd.h>
 
 bool qxConsoleIsTerminal(qxConsoleStream stream)
@@ -11,3 +13,8 @@ bool qxConsoleIsTerminal(qxConsoleStream stream)
 }
 
 void qxConsoleUseBinaryStreams() {}
+
+std::vector<std::string> qxConsoleWords(int count, char** words)
+{
+    return {words + std::min(count, 1), words + count};
+}

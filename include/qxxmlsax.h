@@ -348,8 +348,8 @@ private:
         m_flags = static_cast<unsigned char>(on ? m_flags | flag : m_flags & ~flag);
     }
 
-    qxXmlReaderState& reader();
-    class Reading; // what read does before and afterwards
+    inline qxXmlReaderState& reader(); // for the sources of this class only
+    class Reading;                     // what read does before and afterwards
 
     [[noreturn]] void failCheck(unsigned int check);
     [[noreturn]] void failCheckAt(qxUInt64 position, unsigned int check);

@@ -28,6 +28,14 @@ std::string shellWord(const std::string& word)
     return quoted + "'";
 }
 
+// The folder of the samples as it is seen from here, so that the lines are short and can be typed again.
+std::string sampleFolder()
+{
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::proximate(QX_DEMO_DATA, error);
+    return error ? QX_DEMO_DATA : folder.generic_string();
+}
+
 // Shows the command line, then what it prints.
 void show(qxReport& report, const std::vector<std::string>& words)
 {
@@ -47,10 +55,7 @@ qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
 {
     const qxOptions options(words, {});
     if (options.getArguments().size() > 1) throw qxUsageError("demo takes one folder of documents at most");
-    // Seen from here, so that the lines are short and can be typed again.
-    const std::string data = options.getArguments().empty()
-                                 ? std::filesystem::proximate(QX_DEMO_DATA).generic_string()
-                                 : options.getArguments()[0];
+    const std::string data = options.getArguments().empty() ? sampleFolder() : options.getArguments()[0];
     const std::string scene = data + "/scene.xml";
     const std::string settings = data + "/settings.xml";
     if (!std::filesystem::exists(scene)) throw qxFileError("No sample documents in '" + data + "'");

@@ -34,6 +34,7 @@ def exported(library):
     names = output(CXXFILT, text="\n".join(raw_names(library))).split("\n")
     # A 64-bit integer and a size are long on one system and long long on the other.
     names = {re.sub(r"\blong long\b", "long", name) for name in names if name}
+    names = {re.sub(r"\b_GUID\b", "qxGUIDRecord", name) for name in names}  # the system's own record, where it has one
     return {name for name in names if not OF_A_CLASS.match(name)}
 
 

@@ -39,8 +39,12 @@
 #include "qxserializeadapterfile.h"
 #include "qxserializeadaptermemory.h"
 #include "qxserializeadapterreplace.h"
+#include "qxserializebinary.h"
 #include "qxserializedata.h"
+#include "qxserializestring.h"
+#include "qxserializevector.h"
 #include "qxurlmanager.h"
+#include "qxvaruint64.h"
 
 #include "qxbasicparser.h"
 

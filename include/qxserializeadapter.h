@@ -8,6 +8,7 @@
 #include "qxreference.h"
 #include "qxstring.h"
 
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -100,8 +101,18 @@ public:
 
     // Bytes
 
-    void write(unsigned char byte) { write_imp(byte); }
-    void write(const unsigned char* bytes, unsigned int count);
+    void write(unsigned char byte)
+    {
+        if (m_window.next < m_window.roomEnd) [[likely]]
+            *takeRoom(1) = byte;
+        else
+            write_imp(byte);
+    }
+    void write(const unsigned char* bytes, unsigned int count)
+    {
+        if (count == 0 || count > getRoom()) return writeBlock(bytes, count);
+        std::memmove(takeRoom(count), bytes, count); // they may be bytes of the block that is written
+    }
     void write(const char* bytes, unsigned int count);
 
     /// One byte. What comes when there is none depends on the adapter: ask hasData first.
@@ -114,7 +125,13 @@ public:
 
     /// Reads up to `count` bytes and returns how many came. A null `buffer` skips `count` bytes, one by one,
     /// and returns `count`.
-    unsigned int read(unsigned char* buffer, unsigned int count);
+    unsigned int read(unsigned char* buffer, unsigned int count)
+    {
+        if (!buffer || count == 0 || m_head != m_tail || count > getLent()) return readBlock(buffer, count);
+        std::memmove(buffer, m_window.next, count);
+        m_window.next += count;
+        return count;
+    }
 
     /// Bytes known to be there now, those given back included.
     qxUInt64 length();
@@ -218,11 +235,13 @@ protected:
     /// True while hasData tries to read: finding less is then no error.
     bool isProbing() const { return m_isProbing; }
 
-    /// Readable bytes of the stream that lie in memory. What lies before `end` is read there without a call
-    /// of read_imp; a class that others derive from leaves `end` null unless read_imp is its own.
+    /// Bytes of the stream that lie in memory. What lies before `end` is read there without a call of read_imp,
+    /// and what fits before `roomEnd` is written there, at the same place, without a call of write_imp. A class
+    /// that others derive from leaves both null unless read_imp and write_imp are its own.
     struct Window {
         const unsigned char* next = nullptr;
         const unsigned char* end = nullptr;
+        const unsigned char* roomEnd = nullptr;
     };
     Window m_window;
 
@@ -237,6 +256,21 @@ private:
     {
         return m_window.next < m_window.end ? static_cast<unsigned int>(m_window.end - m_window.next) : 0;
     }
+    unsigned int getRoom() const
+    {
+        return m_window.next < m_window.roomEnd ? static_cast<unsigned int>(m_window.roomEnd - m_window.next)
+                                                : 0;
+    }
+
+    /// The place for the next `count` bytes, which go there at once. Call with that much room.
+    unsigned char* takeRoom(unsigned int count)
+    {
+        const unsigned char* const place = m_window.next;
+        m_window.next += count;
+        return const_cast<unsigned char*>(place); // room is lent by adapters whose memory is their own
+    }
+    void writeBlock(const unsigned char* bytes, unsigned int count);
+    unsigned int readBlock(unsigned char* buffer, unsigned int count);
     unsigned char readByte();
     unsigned char askForData(unsigned int count);
     unsigned char takePushedBack();

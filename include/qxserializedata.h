@@ -14,7 +14,7 @@ public:
     qxSerializeData() = default;
     qxSerializeData(const qxSerializeData&) = default;
     qxSerializeData& operator=(const qxSerializeData&) = default;
-    virtual ~qxSerializeData() noexcept(false); // derived classes may hold counted objects
+    virtual ~qxSerializeData() noexcept(false) {} // derived classes may hold counted objects
 
     virtual void write(qxSerializeAdapter* adapter) = 0;
 

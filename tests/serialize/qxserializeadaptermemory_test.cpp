@@ -212,6 +212,59 @@ TEST(qxSerializeAdapterMemory, anEmptyBlockHasNoData)
     EXPECT_STREQ(adapter.getError(), "Memory Adapter written beyond end");
 }
 
+TEST_F(qxSerializeAdapterMemoryTest, writesIntoWhatItReadsAndReadsWhatItWrote)
+{
+    adapter.write("AB", 2);
+    adapter.seek(0, QX_ORIGIN_START);
+    adapter.write(adapter.read());
+    EXPECT_EQ(block, "AAcd");
+    adapter.seek(0, QX_ORIGIN_START);
+    adapter.write("x", 1);
+    adapter.write(block.data(), 3); // bytes that it writes over
+    EXPECT_EQ(block, "xxAc");
+    EXPECT_EQ(takeError(), "");
+    adapter.write("y", 1);
+    EXPECT_EQ(takeError(), "Memory Adapter written beyond end");
+}
+
+TEST_F(qxSerializeAdapterMemoryTest, writesNothingOutsideANewBlock)
+{
+    std::string other = "123";
+    adapter.write('1');
+    adapter.reset(other.data(), 2);
+    adapter.write("abcd", 4);
+    EXPECT_EQ(other, "ab3");
+    EXPECT_EQ(block, "1bcd");
+}
+
+/// Writes every byte twice.
+class DoubledBlock final : public qxSerializeAdapterMemory
+{
+public:
+    using qxSerializeAdapterMemory::qxSerializeAdapterMemory;
+
+protected:
+    void write_imp(unsigned char* bytes, unsigned int count) override
+    {
+        for (unsigned int i = 0; i < count; ++i) write_imp(bytes[i]);
+    }
+    void write_imp(unsigned char byte) override
+    {
+        unsigned char twice[] = {byte, byte};
+        qxSerializeAdapterMemory::write_imp(twice, 2);
+    }
+};
+
+TEST(qxSerializeAdapterMemory, aDerivedClassGetsEveryByteThatIsWritten)
+{
+    std::string block = "........";
+    DoubledBlock adapter(block.data(), 8);
+    adapter.write('a');
+    writeText(adapter, "bc");
+    adapter.write('d');
+    EXPECT_EQ(block, "aabbccdd");
+}
+
 TEST(qxSerializeAdapterMemory, aDerivedClassSeesEveryByte)
 {
     unsigned char bytes[] = {0xFE, 0xFD, 0xFC};

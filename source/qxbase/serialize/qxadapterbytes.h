@@ -1,4 +1,4 @@
-// Reading an adapter's bytes where they lie, for the floors above.
+// Reading and writing an adapter's bytes where they lie, for this floor and those above.
 // SPDX-License-Identifier: see LICENSE
 
 #pragma once
@@ -23,6 +23,19 @@ public:
         if (adapter.m_window.next >= adapter.m_window.end) return {};
         const auto there = static_cast<std::size_t>(adapter.m_window.end - adapter.m_window.next);
         return {adapter.m_window.next, there < wanted ? there : wanted};
+    }
+
+    /// As borrow, but only what lies there already: nothing is read ahead.
+    static std::span<const unsigned char> peek(const qxSerializeAdapter& adapter)
+    {
+        if (adapter.m_head != adapter.m_tail) return {};
+        return {adapter.m_window.next, adapter.getLent()};
+    }
+
+    /// Where the next `count` bytes are to be written at once; null when the adapter must be asked to write them.
+    static unsigned char* takeRoom(qxSerializeAdapter& adapter, unsigned int count)
+    {
+        return count <= adapter.getRoom() ? adapter.takeRoom(count) : nullptr;
     }
 
     /// Reads the first `count` of the bytes borrowed last.

@@ -2,8 +2,9 @@
 
 #include "qxname.h"
 
-#include "qxserializeadapter.h"
+#include "qxserializestring.h"
 #include "serialize/qxcuttext.h"
+#include "serialize/qxterminatedtext.h"
 
 namespace
 {
@@ -14,21 +15,15 @@ constexpr unsigned int MAX_NAME = 256; // bytes on a stream, without the termina
 
 void qxNameInterface::write(qxSerializeAdapter* adapter) const
 {
-    if (m_name) {
-        const qxString name = qxCutText(*m_name, MAX_NAME);
-        adapter->write(name.getString(), name.length());
-    }
-    adapter->write(static_cast<unsigned char>(0));
+    qxSerializeString name;
+    if (m_name) name = qxCutText(*m_name, MAX_NAME);
+    name.write(adapter);
 }
 
 void qxNameInterface::read(qxSerializeAdapter* adapter)
 {
-    char name[MAX_NAME + 1]; // one byte more shows whether the cut splits a character
-    unsigned int length = 0;
-    while (adapter->hasData()) {
-        const unsigned char byte = adapter->read();
-        if (byte == 0) break;
-        if (length < sizeof(name)) name[length++] = static_cast<char>(byte);
-    }
-    setName(qxCutText(qxString(name, length), MAX_NAME));
+    qxString name;
+    qxReadTerminatedText(*adapter, 0, MAX_NAME + 1,
+                         name); // one byte more shows whether the cut splits a character
+    setName(qxCutText(name, MAX_NAME));
 }

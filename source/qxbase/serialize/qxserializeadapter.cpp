@@ -112,7 +112,7 @@ void qxSerializeAdapter::copySharedRefData(qxSerializeAdapter* other)
     m_nextSharedID = other->m_nextSharedID;
 }
 
-void qxSerializeAdapter::write(const unsigned char* bytes, unsigned int count)
+void qxSerializeAdapter::writeBlock(const unsigned char* bytes, unsigned int count)
 {
     write_imp(const_cast<unsigned char*>(bytes), count); // the slot's type is older than its promise
 }
@@ -127,7 +127,7 @@ unsigned char qxSerializeAdapter::readByte()
     return m_head == m_tail ? read_imp() : takePushedBack();
 }
 
-unsigned int qxSerializeAdapter::read(unsigned char* buffer, unsigned int count)
+unsigned int qxSerializeAdapter::readBlock(unsigned char* buffer, unsigned int count)
 {
     if (!buffer) {
         skip(count);

@@ -78,6 +78,7 @@ void qxSerializeAdapterMemory::write_imp(unsigned char* bytes, unsigned int coun
     const unsigned int fitting = std::min(count, getRest());
     if (fitting > 0) std::memmove(getCurrentAddress(), bytes, fitting); // may be bytes of the block itself
     m_window.next += fitting;
+    qxSerializeAdapterMemory::fillWindow(1); // what follows needs no call
     if (fitting < count) setTranslatedError("Memory Adapter written beyond end");
 }
 
@@ -91,6 +92,7 @@ unsigned int qxSerializeAdapterMemory::read_imp(unsigned char* buffer, unsigned 
     const unsigned int there = std::min(count, getRest());
     if (there > 0) std::memmove(buffer, m_window.next, there);
     m_window.next += there;
+    qxSerializeAdapterMemory::fillWindow(1);
     if (there < count && !isProbing()) setTranslatedError("Memory Adapter read beyond end");
     return there;
 }
@@ -128,14 +130,17 @@ void qxSerializeAdapterMemory::move(int delta)
 
 void qxSerializeAdapterMemory::fillWindow(unsigned int)
 {
-    // A derived class may have a read_imp of its own, which the window would pass by.
-    if (typeid(*this) == typeid(qxSerializeAdapterMemory)) m_window.end = m_address + m_size;
+    // A derived class may have operations of its own, which the window would pass by.
+    if (m_window.end || typeid(*this) != typeid(qxSerializeAdapterMemory)) return;
+    m_window.end = m_address + m_size;
+    m_window.roomEnd = m_window.end;
 }
 
 void qxSerializeAdapterMemory::setPosition(unsigned int position)
 {
     m_window.next = m_address + position;
     m_window.end = nullptr; // the block may be another one now
+    m_window.roomEnd = nullptr;
 }
 
 void qxSerializeAdapterMemory::setTranslatedError(const char* text)

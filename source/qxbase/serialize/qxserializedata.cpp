@@ -6,8 +6,6 @@
 
 #include <vector>
 
-qxSerializeData::~qxSerializeData() noexcept(false) = default;
-
 void qxSerializeData::pushBack(qxSerializeAdapter* adapter)
 {
     std::vector<unsigned char> bytes(getDataSize(adapter));

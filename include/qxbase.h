@@ -32,6 +32,7 @@
 
 #include "qxthread.h"
 #include "qxtime.h"
+#include "qxtimer.h"
 
 #include "qxguid.h"
 #include "qxrefinstance.h"

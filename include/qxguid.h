@@ -3,8 +3,7 @@
 
 #pragma once
 
-#include "qxconfig.h"
-#include "qxforward.h"
+#include "qxstring.h"
 
 #include <concepts>
 #include <cstddef>

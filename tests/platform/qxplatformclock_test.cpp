@@ -23,6 +23,23 @@ TEST(qxPlatformClock, steadyClockNeverGoesBackAndMovesInSmallSteps)
     EXPECT_LT(smallest, 1e-4); // far below a tick of the scheduler, whatever else runs
 }
 
+TEST(qxPlatformClock, counterRunsAsFastAsTheSteadyClock)
+{
+    const double period = qxPlatformCounterPeriod();
+    EXPECT_EQ(qxPlatformCounterPeriod(), period);
+    const double before = qxPlatformSteadySeconds();
+    const unsigned long long start = qxPlatformCounter();
+    unsigned long long last = start;
+    while (qxPlatformSteadySeconds() - before < 0.02) {
+        const unsigned long long now = qxPlatformCounter();
+        ASSERT_GE(now, last);
+        last = now;
+    }
+    const double counted = static_cast<double>(qxPlatformCounter() - start) * period;
+    EXPECT_GE(counted, 0.0199);
+    EXPECT_LE(counted, qxPlatformSteadySeconds() - before + 1e-3);
+}
+
 TEST(qxPlatformClock, utcIsTheCalendarWithAFraction)
 {
     const double before = static_cast<double>(std::time(nullptr));

@@ -1,4 +1,4 @@
-// The operating system's steady clock and its calendar clock.
+// The operating system's clocks: the steady one, the counter, the calendar and its zone.
 // SPDX-License-Identifier: see LICENSE
 
 #pragma once
@@ -14,3 +14,25 @@ double qxPlatformSteadySeconds();
 ///
 /// Threads: any. Errors: none.
 double qxPlatformUtcSeconds();
+
+/// Steps of the machine's counter. Never goes back, does not follow changes of the calendar clock, and goes on while the
+/// machine sleeps.
+///
+/// Threads: any. Errors: none.
+unsigned long long qxPlatformCounter();
+
+/// Seconds of one step of the counter, a millisecond or less; always the same.
+///
+/// Threads: any. Errors: none.
+double qxPlatformCounterPeriod();
+
+/// Asks the system to let sleeps end within a millisecond; holds while the process runs. Nothing where they do so anyway.
+///
+/// Threads: any. Errors: none.
+void qxPlatformRefineTimer();
+
+/// Seconds by which the system's time zone is ahead of UTC at present, summer time included; negative west of it. A
+/// change of the zone is seen.
+///
+/// Threads: any. Errors: none; 0 where the system has no zone.
+int qxPlatformZoneSeconds();

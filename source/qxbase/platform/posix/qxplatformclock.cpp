@@ -7,6 +7,8 @@
 namespace
 {
 
+constexpr unsigned int NANOSECONDS = 1000000000; // a second
+
 double secondsOn(clockid_t clock)
 {
     timespec now;
@@ -24,4 +26,27 @@ double qxPlatformSteadySeconds()
 double qxPlatformUtcSeconds()
 {
     return secondsOn(CLOCK_REALTIME);
+}
+
+unsigned long long qxPlatformCounter()
+{
+    timespec now;
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return static_cast<unsigned long long>(now.tv_sec) * NANOSECONDS +
+           static_cast<unsigned long long>(now.tv_nsec);
+}
+
+double qxPlatformCounterPeriod()
+{
+    return 1.0 / NANOSECONDS;
+}
+
+void qxPlatformRefineTimer() {} // sleeps are that fine here
+
+int qxPlatformZoneSeconds()
+{
+    tzset(); // the next call need not look for a change
+    const time_t now = time(nullptr);
+    tm local;
+    return localtime_r(&now, &local) ? static_cast<int>(local.tm_gmtoff) : 0;
 }

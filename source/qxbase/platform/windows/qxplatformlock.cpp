@@ -5,8 +5,6 @@
 #include "platform/qxplatformclock.h"
 #include "platform/windows/qxwindows.h"
 
-#include <timeapi.h>
-
 #include <algorithm>
 #include <new>
 
@@ -56,12 +54,6 @@ private:
 double milliseconds()
 {
     return qxPlatformSteadySeconds() * 1e3;
-}
-
-// Waits in steps of a millisecond: without this the system's step is 16. It stays so while the process runs.
-void refineTimer()
-{
-    [[maybe_unused]] static const MMRESULT result = timeBeginPeriod(1);
 }
 
 void wake(Condition& condition, unsigned int most)
@@ -152,7 +144,7 @@ void qxPlatformConditionWakeOne(void* room)
 bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int limit, const std::atomic<bool>* stop)
 {
     constexpr double never = 1e300;
-    refineTimer();
+    qxPlatformRefineTimer();
     Condition& condition = conditionIn(room);
     bool isWoken = false;
     {

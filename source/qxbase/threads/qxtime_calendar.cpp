@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxtime.h"
+
+#include "core/qxprecision.h"
+#include "qxerror.h"
+#include "qxstring.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+
+constexpr unsigned int FIRST_YEAR = 1970;
+constexpr unsigned int DAY = 86400; // seconds
+constexpr unsigned int DECIMALS = 5;
+constexpr double SMALLEST_STEP = 1e-5; // in so many decimals
+
+constexpr unsigned char MONTH_DAYS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+
+struct Date {
+    unsigned int year;
+    unsigned char month; // from 1 on
+    unsigned char day;   // from 1 on
+};
+
+bool isLeapYear(unsigned int year)
+{
+    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
+
+// The leap years up to and including `year`.
+qxUInt64 countLeapYears(unsigned int year)
+{
+    return qxUInt64{year} / 4 - year / 100 + year / 400;
+}
+
+qxUInt64 daysBeforeYear(unsigned int year)
+{
+    return qxUInt64{year - FIRST_YEAR} * 365 + countLeapYears(year - 1) - countLeapYears(FIRST_YEAR - 1);
+}
+
+unsigned int daysBeforeMonth(unsigned char month, unsigned int year)
+{
+    unsigned int days = 0;
+    for (unsigned char before = 1; before < month; ++before) days += qxTime::daysPerMonth(before, year);
+    return days;
+}
+
+// The whole part modulo 2^32, of negative values as well; 0 for what no 64-bit number holds.
+unsigned int truncate(double value)
+{
+    constexpr double LIMIT = 9223372036854775808.0; // 2^63
+    if (!(value > -LIMIT && value < LIMIT)) return 0;
+    return static_cast<unsigned int>(static_cast<qxInt64>(value) & 0xFFFFFFFF);
+}
+
+Date dateOf(double seconds)
+{
+    unsigned int days = truncate(seconds) / DAY;
+    unsigned int year = FIRST_YEAR + days / 366; // or later
+    while (days >= daysBeforeYear(year + 1)) ++year;
+    days -= static_cast<unsigned int>(daysBeforeYear(year));
+    unsigned char month = 1;
+    for (; days >= qxTime::daysPerMonth(month, year); ++month) days -= qxTime::daysPerMonth(month, year);
+    return {year, month, static_cast<unsigned char>(days + 1)};
+}
+
+// Rounded, but never up to the `unit` that it is below.
+double roundBelow(double value, double unit)
+{
+    return value < unit ? std::min(qxPrecision(value, DECIMALS), unit - SMALLEST_STEP) : value;
+}
+
+} // namespace
+
+qxTime::qxTime(unsigned int year, unsigned char month, unsigned char day, double daySeconds)
+{
+    if (year < FIRST_YEAR) qxExceptionThrows::qxThrowWarning("qxTime ( year parameter in time < 1970 )");
+    if (month < 1 || month > 12)
+        qxExceptionThrows::qxThrowWarning("qxTime ( month parameter in time is invalid )");
+    if (day < 1 || day > daysPerMonth(month, year))
+        qxExceptionThrows::qxThrowWarning("qxTime ( day parameter in time is invalid )");
+    if (!(daySeconds >= 0.0 && daySeconds < DAY)) // so written, what is not a number fails too
+        qxExceptionThrows::qxThrowWarning("qxTime ( daysecond parameter in time is invalid )");
+
+    const qxUInt64 days = daysBeforeYear(year) + daysBeforeMonth(month, year) + day - 1U;
+    m_seconds = static_cast<double>(days) * DAY + daySeconds;
+    m_hasDaySeconds = 1;
+    m_daySeconds = roundBelow(daySeconds, DAY);
+}
+
+unsigned int qxTime::year() const
+{
+    return dateOf(m_seconds).year;
+}
+
+unsigned char qxTime::month() const
+{
+    return dateOf(m_seconds).month;
+}
+
+unsigned char qxTime::day() const
+{
+    return dateOf(m_seconds).day;
+}
+
+unsigned char qxTime::hour() const
+{
+    return static_cast<unsigned char>(truncate(daySeconds() / 3600.0) % 24);
+}
+
+unsigned char qxTime::minute() const
+{
+    return static_cast<unsigned char>(truncate(daySeconds() / 60.0) % 60);
+}
+
+double qxTime::daySeconds() const
+{
+    if (!m_hasDaySeconds) {
+        m_daySeconds = std::fmod(m_seconds, DAY); // years and months are whole days
+        m_hasDaySeconds = 1;
+    }
+    return m_daySeconds;
+}
+
+double qxTime::minuteSeconds() const
+{
+    return roundBelow(daySeconds() - hour() * 3600.0 - minute() * 60.0, 60.0);
+}
+
+qxString qxTime::asString(const qxString& format) const
+{
+    const Date date = dateOf(m_seconds);
+    return qxString::str(format, date.year, date.month, date.day, hour(), minute(),
+                         static_cast<int>(truncate(minuteSeconds())));
+}
+
+unsigned char qxTime::daysPerMonth(unsigned char month, unsigned int year)
+{
+    if (month < 1 || month > 12) return 0;
+    return month == 2 && isLeapYear(year) ? 29 : MONTH_DAYS[month - 1];
+}
+
+unsigned int qxTime::daysPerYear(unsigned int year)
+{
+    return isLeapYear(year) ? 366 : 365;
+}

@@ -42,6 +42,7 @@
 #include "qxserializeadapterreplace.h"
 #include "qxserializebinary.h"
 #include "qxserializedata.h"
+#include "qxserializeguid.h"
 #include "qxserializestring.h"
 #include "qxserializevector.h"
 #include "qxurlmanager.h"

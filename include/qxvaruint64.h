@@ -28,7 +28,5 @@ public:
     unsigned int getDataSize(qxSerializeAdapter* adapter) override;
 
 private:
-    void readBytes(qxSerializeAdapter& adapter);
-
     qxUInt64 m_value;
 };

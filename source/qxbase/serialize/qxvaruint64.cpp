@@ -28,6 +28,20 @@ void encode(qxUInt64 value, unsigned char* bytes, unsigned int count)
     }
 }
 
+// Takes whatever comes, one byte at a time.
+qxUInt64 readBytes(qxSerializeAdapter& adapter)
+{
+    qxUInt64 value = 0;
+    unsigned int shift = 0;
+    for (unsigned int count = 1;; ++count) {
+        const unsigned char byte = adapter.read();
+        value += static_cast<qxUInt64>(byte & 0x7F) << shift;
+        shift = (shift + 7) % 64; // deliberate: there is no limit on the number of bytes
+        if (!(byte & MORE)) return value;
+        if (!adapter.hasData() && (adapter.hasError() || count >= LONGEST)) return value;
+    }
+}
+
 } // namespace
 
 void qxVarUInt64::write(qxSerializeAdapter* adapter)
@@ -57,25 +71,10 @@ void qxVarUInt64::read(qxSerializeAdapter* adapter)
         qxAdapterBytes::consume(*adapter, i + 1);
         return;
     }
-    readBytes(*adapter);
+    m_value = readBytes(*adapter);
 }
 
 unsigned int qxVarUInt64::getDataSize(qxSerializeAdapter*)
 {
     return sizeOf(m_value);
-}
-
-// Takes whatever comes, one byte at a time.
-void qxVarUInt64::readBytes(qxSerializeAdapter& adapter)
-{
-    qxUInt64 value = 0;
-    unsigned int shift = 0;
-    for (unsigned int count = 1;; ++count) {
-        const unsigned char byte = adapter.read();
-        value += static_cast<qxUInt64>(byte & 0x7F) << shift;
-        shift = (shift + 7) % 64; // deliberate: there is no limit on the number of bytes
-        if (!(byte & MORE)) break;
-        if (!adapter.hasData() && (adapter.hasError() || count >= LONGEST)) break;
-    }
-    m_value = value;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "qxstring.h"
+#include "qxtime.h"
 
 #include <concepts>
 #include <cstddef>
@@ -24,7 +25,7 @@ struct qxGUIDBytes {
 /// four words, each a little-endian number.
 ///
 /// Lifetime: a value.
-/// Threads:  one object is used by one thread at a time.
+/// Threads:  one object is used by one thread at a time; new ones may be made by any threads at once.
 /// Errors:   a text that is no GUID gives the null GUID and sends a warning that shows what is wrong with it.
 class QX_API qxGUID
 {
@@ -60,6 +61,24 @@ public:
 
     /// The text form: with braces, digits in upper case.
     qxString asString() const;
+
+    /// Makes it a new GUID, as generateGUID does.
+    void generate();
+
+    /// A new GUID from the time, the thread and the machine (version 1). No two of one process are equal, and those
+    /// of one thread grow with the time.
+    static qxGUID generateGUID();
+
+    /// A new GUID from the system's secure source of random bytes (version 4). Should that fail, sends a warning and
+    /// returns the null GUID.
+    static qxGUID generateGUID4();
+
+    /// A new GUID from the time in milliseconds and random bytes (version 7), which fail as above. Those of one
+    /// process are all different, and sorted by their texts they stand in the order in which they were made.
+    static qxGUID generateGUID7();
+
+    /// When a time-based GUID was made, to a microsecond; time 0 for any other.
+    qxTime getGenerationTime() const;
 
     /// Makes it the null GUID.
     void reset() { *this = qxGUID(); }

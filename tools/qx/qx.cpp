@@ -16,7 +16,7 @@ namespace
 
 const char HELP[] = R"(usage: qx COMMAND …
 
-Reads, searches, changes and writes documents. Data goes to standard output, everything else to standard error.
+Reads, searches, changes and writes documents; makes identifiers; tells the time. Data goes to standard output, everything else to standard error.
 FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.
 
   qx xml check FILE…                     says which documents are well-formed
@@ -28,6 +28,10 @@ FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--
   qx xml set FILE PATH=TEXT… [-o OUT]    changes texts and attributes, in FILE itself without -o
   qx xml format FILE [-o OUT] [--plain] [--encoding NAME] [--keep-space] [--trim]
                                          writes the document indented
+  qx id new [-n N] [--v1|--v4|--v7]      makes identifiers: from the time, at random, or sortable
+  qx id show GUID                        takes an identifier apart
+  qx time [SECONDS] [--format F] [--local]
+                                         prints now, or so many seconds after 1970, as a date
   qx demo                                shows some of these at work
   qx --version
   qx --help
@@ -45,6 +49,7 @@ struct Command {
 const Command COMMANDS[] = {
     {"xml", "check", runXmlCheck}, {"xml", "events", runXmlEvents}, {"xml", "tree", runXmlTree},
     {"xml", "get", runXmlGet},     {"xml", "set", runXmlSet},       {"xml", "format", runXmlFormat},
+    {"id", "new", runIdNew},       {"id", "show", runIdShow},       {nullptr, "time", runTime},
     {nullptr, "demo", runDemo},
 };
 

@@ -18,6 +18,9 @@ qxStatus runXmlTree(qxReport& report, const std::vector<std::string>& words);
 qxStatus runXmlGet(qxReport& report, const std::vector<std::string>& words);
 qxStatus runXmlSet(qxReport& report, const std::vector<std::string>& words);
 qxStatus runXmlFormat(qxReport& report, const std::vector<std::string>& words);
+qxStatus runIdNew(qxReport& report, const std::vector<std::string>& words);
+qxStatus runIdShow(qxReport& report, const std::vector<std::string>& words);
+qxStatus runTime(qxReport& report, const std::vector<std::string>& words);
 qxStatus runDemo(qxReport& report, const std::vector<std::string>& words);
 
 /// Runs the command line `words` (without the program's name) and shows its errors.

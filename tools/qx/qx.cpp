@@ -16,7 +16,8 @@ namespace
 
 const char HELP[] = R"(usage: qx COMMAND …
 
-Reads, searches, changes and writes documents; makes identifiers; tells the time. Data goes to standard output, everything else to standard error.
+Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and shows values.
+Data goes to standard output, everything else to standard error.
 FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.
 
   qx xml check FILE…                     says which documents are well-formed
@@ -32,6 +33,11 @@ FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--
   qx id show GUID                        takes an identifier apart
   qx time [SECONDS] [--format F] [--local]
                                          prints now, or so many seconds after 1970, as a date
+  qx bin pack TYPE=VALUE… [-o OUT] [--little]
+                                         writes the bytes of values: u8 u16 u32 u64 f32 f64 varint str guid
+                                         vec2 vec3 vec4 mat3 mat4
+  qx bin dump FILE --as 'TYPE…' [--little]
+                                         prints the values that the bytes of a file are
   qx demo                                shows some of these at work
   qx --version
   qx --help
@@ -50,7 +56,7 @@ const Command COMMANDS[] = {
     {"xml", "check", runXmlCheck}, {"xml", "events", runXmlEvents}, {"xml", "tree", runXmlTree},
     {"xml", "get", runXmlGet},     {"xml", "set", runXmlSet},       {"xml", "format", runXmlFormat},
     {"id", "new", runIdNew},       {"id", "show", runIdShow},       {nullptr, "time", runTime},
-    {nullptr, "demo", runDemo},
+    {"bin", "pack", runBinPack},   {"bin", "dump", runBinDump},     {nullptr, "demo", runDemo},
 };
 
 qxStatus dispatch(qxReport& report, const std::vector<std::string>& words)

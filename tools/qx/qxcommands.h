@@ -21,6 +21,8 @@ qxStatus runXmlFormat(qxReport& report, const std::vector<std::string>& words);
 qxStatus runIdNew(qxReport& report, const std::vector<std::string>& words);
 qxStatus runIdShow(qxReport& report, const std::vector<std::string>& words);
 qxStatus runTime(qxReport& report, const std::vector<std::string>& words);
+qxStatus runBinPack(qxReport& report, const std::vector<std::string>& words);
+qxStatus runBinDump(qxReport& report, const std::vector<std::string>& words);
 qxStatus runDemo(qxReport& report, const std::vector<std::string>& words);
 
 /// Runs the command line `words` (without the program's name) and shows its errors.

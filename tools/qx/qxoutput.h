@@ -5,6 +5,7 @@
 
 #include "qxstring.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,11 +20,18 @@ public:
 /// Writes `text` to standard output; raises qxFileError when that fails.
 void writeOutput(std::string_view text);
 
+/// Replaces the file `name` by `bytes`, as a whole or not at all, or writes them to standard output for "-"; raises
+/// qxFileError when that fails. A device or a pipe is only written to.
+void writeFile(const std::string& name, std::string_view bytes);
+
 /// Writes out what the C library still holds; raises qxFileError when that fails.
 void flushOutput();
 
 /// `text` in double quotes, with `\"`, `\\`, `\n`, `\r`, `\t` and `\xHH` for other control characters.
 std::string quote(std::string_view text);
+
+/// The reverse; nothing when `text` is not what quote makes.
+std::optional<std::string> unquote(std::string_view text);
 
 inline std::string_view viewOf(const qxString& text)
 {

@@ -4,9 +4,12 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 /// A plain lock for state that the compiler makes: it needs no construction and no destruction, which std::mutex does on
-/// some systems. For std::lock_guard and std::unique_lock.
+/// some systems. What it guards takes moments: who finds it taken gives its time away and looks again, since the waits of
+/// std::atomic miss wakes on some systems. For std::lock_guard and std::unique_lock.
 ///
 /// Threads: any; a thread that locks twice waits for itself.
 class qxStaticLock
@@ -14,23 +17,26 @@ class qxStaticLock
 public:
     void lock()
     {
-        unsigned int seen = FREE;
-        if (m_word.compare_exchange_strong(seen, TAKEN, std::memory_order_acquire, std::memory_order_relaxed))
-            return;
-        // Whoever gets it this way does not know of others who wait, and lets one of them look in the end.
-        while (m_word.exchange(AWAITED, std::memory_order_acquire) != FREE)
-            m_word.wait(AWAITED, std::memory_order_relaxed);
+        if (tryTake()) return;
+        for (unsigned int pass = 0; !tryTake(); ++pass) {
+            if (pass < PASSES_WITHOUT_A_SLEEP)
+                std::this_thread::yield();
+            else
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
     }
 
-    void unlock()
-    {
-        if (m_word.exchange(FREE, std::memory_order_release) == AWAITED) m_word.notify_one();
-    }
+    void unlock() { m_isTaken.store(false, std::memory_order_release); }
 
 private:
-    static constexpr unsigned int FREE = 0;
-    static constexpr unsigned int TAKEN = 1;
-    static constexpr unsigned int AWAITED = 2; // taken, and somebody may wait
+    // Asks before it takes, so that those who wait do not pull the word from one processor to another.
+    bool tryTake()
+    {
+        return !m_isTaken.load(std::memory_order_relaxed) &&
+               !m_isTaken.exchange(true, std::memory_order_acquire);
+    }
 
-    std::atomic<unsigned int> m_word{FREE};
+    static constexpr unsigned int PASSES_WITHOUT_A_SLEEP = 100;
+
+    std::atomic<bool> m_isTaken{false};
 };

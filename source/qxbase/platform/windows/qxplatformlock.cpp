@@ -141,7 +141,8 @@ void qxPlatformConditionWakeOne(void* room)
     wake(conditionIn(room), 1);
 }
 
-bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int limit, const std::atomic<bool>* stop)
+bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int milliseconds,
+                              const std::atomic<bool>* stop)
 {
     constexpr double never = 1e300;
     qxPlatformRefineTimer();
@@ -152,7 +153,8 @@ bool qxPlatformConditionSleep(void* room, void* lockRoom, unsigned int limit, co
         if (condition.sleepers == MOST_SLEEPERS) return false;
         ++condition.sleepers;
         LeaveCriticalSection(lockIn(lockRoom));
-        isWoken = awaitWake(condition, condition.number, limit == QX_PLATFORM_NO_LIMIT ? never : limit, stop);
+        isWoken = awaitWake(condition, condition.number,
+                            milliseconds == QX_PLATFORM_NO_LIMIT ? never : milliseconds, stop);
     }
     EnterCriticalSection(lockIn(lockRoom));
     return isWoken;

@@ -3,6 +3,7 @@
 #include "qxstring.h"
 
 #include "core/qxascii.h"
+#include "core/qxdigits.h"
 #include "core/qxformatnumber.h"
 #include "core/qxformattext.h"
 #include "core/qxtextbuilder.h"
@@ -18,6 +19,7 @@ namespace
 constexpr unsigned int MAX_ARGUMENTS = 16;
 constexpr qxInt64 LARGEST_COUNT = 1000000; // beyond every width and precision that fits a string
 constexpr qxUInt64 FIRST_ADDRESS = 4096;   // no text starts below it
+constexpr double LARGEST_PLAIN = 1e15;     // of a double that is written as the integer it holds
 
 // Reads a format once from front to back. Literal text is copied; each percent sign starts a conversion with
 // the parts, in this order: position "n$", flags, width, precision, lengths that mean little, and the letter.
@@ -34,6 +36,7 @@ public:
 
 private:
     void convert();
+    bool convertPlainInteger();
     void readPosition(qxConversion& conversion);
     void readFlags(qxConversion& conversion);
     void readWidth(qxConversion& conversion);
@@ -70,10 +73,37 @@ void Formatter::run()
         if (has('%')) {
             m_result.append('%');
             ++m_at;
-        } else {
+        } else if (!convertPlainInteger()) {
             convert();
         }
     }
+}
+
+// "%d", "%4d", "%02d": most conversions of numbers are such, and their digits go straight to their place. False, with
+// nothing done, for all others and for numbers below 0 or too large.
+bool Formatter::convertPlainInteger()
+{
+    const char* at = m_at;
+    const char padding = at != m_end && *at == '0' ? '0' : ' ';
+    if (padding == '0') ++at;
+    const std::size_t width = at != m_end && qxIsDigit(*at) ? static_cast<std::size_t>(*at++ - '0') : 0;
+    if (at == m_end || *at != 'd' || m_next >= m_count) return false;
+    const qxArgument& value = m_arguments[m_next];
+    const double real = value.isDouble() ? static_cast<double>(value) : 0.0;
+    if (!(real >= 0.0 && real < LARGEST_PLAIN)) return false;
+    const qxInt64 number = value.isDouble() ? static_cast<qxInt64>(real) : static_cast<qxInt64>(value);
+    if (number < 0) return false;
+    m_at = at + 1;
+    ++m_next;
+
+    char digits[QX_INTEGER_DIGITS];
+    char* const end = digits + sizeof digits;
+    const char* const first = qxWriteDigits(end, static_cast<qxUInt64>(number), 10);
+    const std::size_t count = static_cast<std::size_t>(end - first);
+    char* place = m_result.extend(std::max(count, width));
+    for (std::size_t left = width; left > count; --left) *place++ = padding;
+    qxTextBuilder::copy(place, first, count);
+    return true;
 }
 
 void Formatter::convert()

@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr unsigned int FIRST_YEAR = 1970;
-constexpr unsigned int DAY = 86400; // seconds
+constexpr int DAY = 86400; // seconds
 constexpr unsigned int DECIMALS = 5;
 constexpr double SMALLEST_STEP = 1e-5; // in so many decimals
 
@@ -48,17 +48,23 @@ unsigned int daysBeforeMonth(unsigned char month, unsigned int year)
     return days;
 }
 
+// Whether its whole part is a 64-bit number.
+bool isInRange(double value)
+{
+    constexpr double LIMIT = 9223372036854775808.0; // 2^63
+    return value > -LIMIT && value < LIMIT;
+}
+
 // The whole part modulo 2^32, of negative values as well; 0 for what no 64-bit number holds.
 unsigned int truncate(double value)
 {
-    constexpr double LIMIT = 9223372036854775808.0; // 2^63
-    if (!(value > -LIMIT && value < LIMIT)) return 0;
+    if (!isInRange(value)) return 0;
     return static_cast<unsigned int>(static_cast<qxInt64>(value) & 0xFFFFFFFF);
 }
 
 Date dateOf(double seconds)
 {
-    unsigned int days = truncate(seconds) / DAY;
+    unsigned int days = truncate(seconds) / unsigned{DAY};
     unsigned int year = FIRST_YEAR + days / 366; // or later
     while (days >= daysBeforeYear(year + 1)) ++year;
     days -= static_cast<unsigned int>(daysBeforeYear(year));
@@ -71,6 +77,29 @@ Date dateOf(double seconds)
 double roundBelow(double value, double unit)
 {
     return value < unit ? std::min(qxPrecision(value, DECIMALS), unit - SMALLEST_STEP) : value;
+}
+
+// The remainder of whole days: years and months are made of such.
+double daySecondsOf(double seconds)
+{
+    if (!isInRange(seconds)) return std::fmod(seconds, DAY);
+    const auto whole = static_cast<qxInt64>(seconds); // cheaper in whole numbers, and as exact
+    return static_cast<double>(whole % DAY) + (seconds - static_cast<double>(whole));
+}
+
+struct TimeOfDay {
+    unsigned char hour;
+    unsigned char minute;
+    double seconds; // within the minute
+};
+
+// Whole numbers modulo 2^32 again.
+TimeOfDay timeOfDay(double daySeconds)
+{
+    const int whole = static_cast<int>(truncate(daySeconds)); // less than a day in either direction
+    const auto hour = static_cast<unsigned char>(static_cast<unsigned int>(whole / 3600) % 24);
+    const auto minute = static_cast<unsigned char>(static_cast<unsigned int>(whole / 60) % 60);
+    return {hour, minute, roundBelow(daySeconds - hour * 3600 - minute * 60, 60.0)};
 }
 
 } // namespace
@@ -108,18 +137,18 @@ unsigned char qxTime::day() const
 
 unsigned char qxTime::hour() const
 {
-    return static_cast<unsigned char>(truncate(daySeconds() / 3600.0) % 24);
+    return timeOfDay(daySeconds()).hour;
 }
 
 unsigned char qxTime::minute() const
 {
-    return static_cast<unsigned char>(truncate(daySeconds() / 60.0) % 60);
+    return timeOfDay(daySeconds()).minute;
 }
 
 double qxTime::daySeconds() const
 {
     if (!m_hasDaySeconds) {
-        m_daySeconds = std::fmod(m_seconds, DAY); // years and months are whole days
+        m_daySeconds = daySecondsOf(m_seconds);
         m_hasDaySeconds = 1;
     }
     return m_daySeconds;
@@ -127,14 +156,15 @@ double qxTime::daySeconds() const
 
 double qxTime::minuteSeconds() const
 {
-    return roundBelow(daySeconds() - hour() * 3600.0 - minute() * 60.0, 60.0);
+    return timeOfDay(daySeconds()).seconds;
 }
 
 qxString qxTime::asString(const qxString& format) const
 {
     const Date date = dateOf(m_seconds);
-    return qxString::str(format, date.year, date.month, date.day, hour(), minute(),
-                         static_cast<int>(truncate(minuteSeconds())));
+    const TimeOfDay time = timeOfDay(daySeconds());
+    return qxString::str(format, date.year, date.month, date.day, time.hour, time.minute,
+                         static_cast<int>(truncate(time.seconds)));
 }
 
 unsigned char qxTime::daysPerMonth(unsigned char month, unsigned int year)

@@ -2,7 +2,6 @@
 
 #include "qxguid.h"
 
-#include "qxdict.h"
 #include "qxtestrows.h"
 #include "qxtestsupport.h"
 
@@ -170,15 +169,6 @@ TEST(qxGUID, tellsHowItWasMade)
         return result;
     };
     expectRows(kind, "0 => ", "1 => time", "2 => ", "3 => name", "4 => random", "5 => ", "7 => ", "F => ");
-}
-
-TEST(qxGUID, isAKeyOfDictionaries)
-{
-    int numbers[] = {1, 2};
-    qxDict<qxGUID, int> dict;
-    dict.enter(KNOWN, &numbers[0]);
-    dict.enter(qxGUID(), &numbers[1]);
-    EXPECT_EQ(dict.find(qxGUID(TEXT)), &numbers[0]);
 }
 
 } // namespace

@@ -46,22 +46,17 @@ TEST(qxTimer, startsAgainNowOrAtTheLastReading)
 
 TEST(qxTimer, notifiesFromTheLimitOn)
 {
-    MessageRecorder recorder;
-    qxTimer timer("boot");
-    timer.notifyTime(HOUR, QX_LEVEL_NOTICE);
-    EXPECT_EQ(recorder.texts(), Texts());
-
-    timer.setTime(2000000.0); // six digits show no second of it
-    timer.notifyTime(2000000.0, QX_LEVEL_WARNING);
-    ASSERT_EQ(recorder.messages().size(), 1U);
-    EXPECT_EQ(recorder.messages()[0].level, QX_LEVEL_WARNING);
-    EXPECT_EQ(recorder.messages()[0].text, "--- QX_TIMER 'boot' Time: 2e+06 Freq: 5e-07 ---");
-
-    recorder.clear();
+    const MessageRecorder recorder;
+    qxTimer named("boot");
     qxTimer nameless;
-    nameless.setTime(2000000.0);
-    nameless.notifyTime(0.0, QX_LEVEL_NOTICE);
-    EXPECT_EQ(recorder.texts(), Texts{"--- QX_TIMER '' Time: 2e+06 Freq: 5e-07 ---"});
+    for (qxTimer* const timer : {&named, &nameless}) {
+        timer->notifyTime(HOUR, QX_LEVEL_NOTICE);
+        timer->setTime(2000000.0); // six digits show no second of it
+        timer->notifyTime(2000000.0, QX_LEVEL_WARNING);
+    }
+    EXPECT_EQ(recorder.texts(), (Texts{"--- QX_TIMER 'boot' Time: 2e+06 Freq: 5e-07 ---",
+                                       "--- QX_TIMER '' Time: 2e+06 Freq: 5e-07 ---"}));
+    EXPECT_EQ(recorder.messages().at(0).level, QX_LEVEL_WARNING);
 }
 
 TEST(qxTimer, aNotificationBelowTheLimitCountsAsAReading)

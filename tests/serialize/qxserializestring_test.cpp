@@ -77,7 +77,7 @@ TEST(qxSerializeString, isReadUpToItsTerminatorOrTheEnd)
 
 TEST(qxSerializeString, ofATextThatIsTooLongKeepsTheFirst65535BytesAndTheStreamInStep)
 {
-    for (const std::size_t length : {65535, 65536, 200000}) {
+    for (const std::size_t length : {65535U, 65536U, 200000U}) {
         SCOPED_TRACE(length);
         const std::string kept = std::string(65534, 'x') + 'y';
         const std::string bytes = kept + std::string(length - 65535, 'z');

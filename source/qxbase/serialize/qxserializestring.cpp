@@ -3,10 +3,8 @@
 #include "qxserializestring.h"
 
 #include "qxmessage.h"
-#include "serialize/qxadapterbytes.h"
+#include "qxserializeadapter.h"
 #include "serialize/qxterminatedtext.h"
-
-#include <cstring>
 
 void qxSerializeString::write(qxSerializeAdapter* adapter)
 {

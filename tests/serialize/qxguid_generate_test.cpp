@@ -4,8 +4,10 @@
 
 #include "qxtestsupport.h"
 #include "qxthread.h"
+#include "serialize/qxguidtimestamps.h"
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 namespace
@@ -61,6 +63,34 @@ TEST(qxGUIDGeneration, growsOnOneThreadEvenWithinATick)
         before = guid;
     }
     EXPECT_EQ(smallest, 1U);
+}
+
+TEST(qxGUIDGeneration, neverTakesATimestampTwiceForTheSameBitsOfAThread)
+{
+    const auto timestamps = std::make_unique<qxGuidTimestamps>();
+    const struct {
+        const char* name;
+        unsigned int slot;
+        unsigned int threadID;
+        qxUInt64 now;
+        qxUInt64 taken;
+    } rows[] = {
+        {"the first", 7, 100, 5000, 5000},
+        {"again at this time", 7, 100, 5000, 5001},
+        {"the clock went back", 7, 100, 10, 5002},
+        {"another thread", 8, 101, 5000, 5000},
+        {"an id that shares the low 14 bits", 9, 100 + 16384, 5000, 5003},
+        {"the first thread, which must not meet it", 7, 100, 5000, 5004},
+        {"later", 7, 100, 6000, 6000},
+        {"a new thread in a slot that was used", 7, 300, 5000, 6001},
+        {"no slot", 10000, 400, 5000, 5000},
+        {"another one without", 10000, 401, 5000, 5001},
+        {"a slot that cannot be", 0xFFFFFFFF, 402, 5000, 5002},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(timestamps->take(row.slot, row.threadID, row.now), row.taken);
+    }
 }
 
 TEST(qxGUIDGeneration, holdsThreadAndMachine)

@@ -5,21 +5,17 @@
 #include "qxmessage.h"
 #include "qxthread.h"
 #include "qxtime.h"
+#include "serialize/qxguidtimestamps.h"
 
 #include "platform/qxplatformerror.h"
 #include "platform/qxplatformmachine.h"
 
-#include <algorithm>
-#include <atomic>
-#include <cstring>
 #include <string>
 
 namespace
 {
 
-constexpr unsigned int SLOTS = 10000;          // of getThreadEnum
-constexpr unsigned int SEQUENCE_MASK = 0x3FFF; // of a thread id: what an identifier has room for
-constexpr unsigned int TIME_BASED = 0x1000;    // version
+constexpr unsigned int TIME_BASED = 0x1000; // version
 constexpr unsigned int RANDOM_BASED = 0x4000;
 constexpr unsigned int SORTABLE = 0x7000;
 constexpr unsigned char VARIANT = 0x80;
@@ -31,44 +27,13 @@ constexpr double SECONDS_FROM_1582_TO_1970 = 12219292800.0;
 // Sortable ones count milliseconds from 1970 on, and here the 4096th parts of one in the next twelve bits.
 constexpr double PARTS_PER_SECOND = 1000.0 * 4096.0;
 
-using Last = std::atomic<qxUInt64>; // timestamp
-
-// Of each thread, by its slot; threads without one share the last entry. A slot that goes to another thread keeps its
-// value, which only makes time grow.
-constinit Last s_lastOfSlot[SLOTS + 1];
-
-// Of all threads whose ids agree in the bits that an identifier holds: two of them, inside one step of the clock, would
-// make the same one.
-constinit Last s_lastOfSequence[SEQUENCE_MASK + 1];
-
-constinit Last s_lastSortable;
-
-// Takes the first number from `wanted` on that is above all taken before.
-qxUInt64 takeAfter(Last& last, qxUInt64 wanted)
-{
-    qxUInt64 before = last.load(std::memory_order_relaxed);
-    qxUInt64 taken;
-    do {
-        taken = std::max(wanted, before + 1);
-    } while (!last.compare_exchange_weak(before, taken, std::memory_order_relaxed));
-    return taken;
-}
-
-// Raises `last` to `taken`.
-void note(Last& last, qxUInt64 taken)
-{
-    qxUInt64 before = last.load(std::memory_order_relaxed);
-    while (before < taken && !last.compare_exchange_weak(before, taken, std::memory_order_relaxed)) {}
-}
+constinit qxGuidTimestamps s_timestamps;
+constinit qxGrowingNumber s_sortable;
 
 qxUInt64 takeTimestamp(unsigned int threadID)
 {
-    const double steps = (qxTime::systemSeconds() + SECONDS_FROM_1582_TO_1970) * STEPS_PER_SECOND;
-    Last& own = s_lastOfSlot[std::min(qxThread::getThreadEnum(), SLOTS)];
-    const qxUInt64 wanted = std::max(static_cast<qxUInt64>(steps), own.load(std::memory_order_relaxed) + 1);
-    const qxUInt64 taken = takeAfter(s_lastOfSequence[threadID & SEQUENCE_MASK], wanted);
-    note(own, taken);
-    return taken;
+    const double now = (qxTime::systemSeconds() + SECONDS_FROM_1582_TO_1970) * STEPS_PER_SECOND;
+    return s_timestamps.take(qxThread::getThreadEnum(), threadID, static_cast<qxUInt64>(now));
 }
 
 // 48 bits from the identity of the machine, mixed so that it cannot be read from them. The highest byte says that this
@@ -124,9 +89,9 @@ qxGUID qxGUID::generateGUID()
     return {static_cast<unsigned int>(timestamp & 0xFFFFFFFF),
             static_cast<unsigned short>(timestamp >> 32 & 0xFFFF),
             versioned(static_cast<unsigned int>(timestamp >> 48), TIME_BASED),
-            qxGUIDBytes(byteOf((threadID & SEQUENCE_MASK) | VARIANT << 8, 8), byteOf(threadID, 0),
-                        byteOf(node, 40), byteOf(node, 32), byteOf(node, 24), byteOf(node, 16),
-                        byteOf(node, 8), byteOf(node, 0))};
+            qxGUIDBytes(byteOf((threadID & qxGuidTimestamps::SEQUENCE_MASK) | VARIANT << 8, 8),
+                        byteOf(threadID, 0), byteOf(node, 40), byteOf(node, 32), byteOf(node, 24),
+                        byteOf(node, 16), byteOf(node, 8), byteOf(node, 0))};
 }
 
 qxGUID qxGUID::generateGUID4()
@@ -143,7 +108,7 @@ qxGUID qxGUID::generateGUID7()
     qxGUIDRecord record;
     if (!fillRandomly(&record.Data4, sizeof record.Data4)) return {};
     const qxUInt64 time =
-        takeAfter(s_lastSortable, static_cast<qxUInt64>(qxTime::systemSeconds() * PARTS_PER_SECOND));
+        s_sortable.takeFrom(static_cast<qxUInt64>(qxTime::systemSeconds() * PARTS_PER_SECOND));
     record.Data1 = static_cast<unsigned int>(time >> 28 & 0xFFFFFFFF);
     record.Data2 = static_cast<unsigned short>(time >> 12 & 0xFFFF);
     record.Data3 = versioned(static_cast<unsigned int>(time & 0x0FFF), SORTABLE);

@@ -2,9 +2,13 @@
 
 #include "qxserializedata.h"
 
-#include "qxteststream.h"
+#include "qxserializeadapterfile.h"
+#include "qxserializebinary.h"
+#include "qxserializestring.h"
+#include "qxvaruint64.h"
 
-#include <gtest/gtest.h>
+#include "qxtestfolder.h"
+#include "qxtestvalues.h"
 
 namespace
 {
@@ -74,6 +78,32 @@ TEST(qxSerializeData, isWrittenOrReadByAction)
     stream.serialize(&data, QX_SERIALIZE_INPUT);
     stream.serialize(&data, QX_SERIALIZE_OUTPUT);
     EXPECT_EQ(stream.written + "," + stream.content, "abcxyz,");
+}
+
+TEST(qxSerializeData, isReadFromAFileWhereverTheQueueEnds)
+{
+    const TestFolder folder;
+    const std::string values = fromHex("01 02 03 04 AC 82 01") + "some text" + '\0' + "!";
+    for (unsigned int before = 0; before <= values.size();
+         ++before) { // bytes of the values that the queue holds
+        SCOPED_TRACE(before);
+        const unsigned int skipped = qxSerializeAdapterFile::QUEUE_SIZE - before;
+        folder.write("file", std::string(skipped, 'x') + values);
+        qxSerializeAdapterFile file(folder.name("file").c_str());
+        file.qxSerializeAdapter::read(nullptr, skipped);
+
+        qxSerializeBinary<unsigned int> number;
+        qxVarUInt64 integer;
+        qxSerializeString text;
+        for (qxSerializeData* const data :
+             {static_cast<qxSerializeData*>(&number), static_cast<qxSerializeData*>(&integer),
+              static_cast<qxSerializeData*>(&text)})
+            data->read(&file);
+        EXPECT_EQ(number, 0x01020304U);
+        EXPECT_EQ(integer, 0x412CU);
+        EXPECT_STREQ(text.getString(), "some text");
+        EXPECT_EQ(readAll(file), "!");
+    }
 }
 
 } // namespace

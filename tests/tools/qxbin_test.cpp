@@ -78,6 +78,13 @@ TEST_F(Tool, packsNumbersInEitherOrderToStandardOutput)
                   "7 0000803F f32 1\nqx: 26 bytes left at offset 11\n");
 }
 
+TEST_F(Tool, showsTheExampleOfTheManual)
+{
+    ASSERT_EQ(run("bin pack u16=4660 varint=300 str=abc vec2=1,-2.5"), 0);
+    expectAnswers(out, "bin dump - --as 'u16 varint str f32' => 0 1234 u16 4660\n2 AC02 varint 300\n"
+                       "4 61626300 str \"abc\"\n8 3F800000 f32 1\nqx: 4 bytes left at offset 12\n");
+}
+
 TEST_F(Tool, showsTextsAsItTakesThem)
 {
     const std::string shown = R"("q\"\\\n\r\t\x01\x7F)"

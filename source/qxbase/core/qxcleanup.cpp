@@ -2,6 +2,7 @@
 
 #include "qxcleanup.h"
 
+#include "platform/qxplatformnotnow.h"
 #include "qxlist.h"
 
 namespace
@@ -43,6 +44,7 @@ public:
     RegistryGuard& operator=(const RegistryGuard&) = delete;
 
 private:
+    const qxPlatformNotNow m_notNow; // the thread is not ended while it holds the lock
     Registry& m_registry = registry();
 };
 

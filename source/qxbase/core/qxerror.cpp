@@ -2,9 +2,8 @@
 
 #include "qxerror.h"
 
-#include "qxguard.h"
-
 #include "core/qxneverdestroyed.h"
+#include "core/qxprocessguard.h"
 
 #include <algorithm>
 #include <atomic>
@@ -167,7 +166,7 @@ const char* qxGenerateDebugString(const char* file, int line, const char* versio
     static char s_ring[SLOTS][FixedText::MOST_BYTES + 1];
     static unsigned int s_next = 0;
 
-    const qxBodyGuard guard(s_lock.get());
+    const qxProcessGuard guard(s_lock.get());
     char* const slot = s_ring[s_next];
     s_next = (s_next + 1) % SLOTS;
 

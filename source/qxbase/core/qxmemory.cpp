@@ -4,6 +4,7 @@
 
 #include "core/qxheap.h"
 #include "core/qxmemorytags.h"
+#include "platform/qxplatformnotnow.h"
 #include "platform/qxplatformthread.h"
 #include "qxerror.h"
 
@@ -61,9 +62,15 @@ constexpr std::size_t LINE_BYTES = 1024;      // of a report, with its line feed
 
 std::atomic<bool> reportsEnabled{true};
 
-void* systemMalloc(std::size_t size)
+// The system's heap has locks that all threads need: none is ended inside a call of it from here.
+[[gnu::noinline]] void* systemMalloc(std::size_t size)
 {
-    return std::malloc(size == 0 ? 1 : size);
+    return qxPlatformCallNotNow([size] { return std::malloc(size == 0 ? 1 : size); });
+}
+
+[[gnu::noinline]] void systemFree(void* memory)
+{
+    qxPlatformCallNotNow([memory] { std::free(memory); });
 }
 
 bool guardForks()
@@ -76,6 +83,7 @@ bool guardForks()
 [[gnu::noinline]] void* firstMalloc(std::size_t size)
 {
     if (t_hasNoPages) return systemMalloc(size);
+    const qxPlatformNotNow notNow;
     [[maybe_unused]] static const bool isGuarded = guardForks();
     [[maybe_unused]] static thread_local const ThreadEnd end;
     t_pages = qxHeapThread::enter(pages);
@@ -126,7 +134,7 @@ void* qx_malloc(std::size_t size, std::align_val_t alignment)
 void qx_free(void* memory)
 {
     if (!pages.contains(memory)) {
-        std::free(memory);
+        systemFree(memory);
     } else {
         qxHeapThread::giveBack(pages, t_pages, memory);
     }
@@ -136,7 +144,9 @@ void* qx_realloc(void* memory, std::size_t size)
 {
     if (size > MAX_SIZE) return nullptr;
     if (!memory) return qx_malloc(size);
-    if (!pages.contains(memory)) return std::realloc(memory, size == 0 ? 1 : size);
+    if (!pages.contains(memory)) {
+        return qxPlatformCallNotNow([=] { return std::realloc(memory, size == 0 ? 1 : size); });
+    }
     const std::size_t room = pages.getBlockSize(memory);
     if (size <= room && (size >= room / 2 || room <= 32)) return memory; // else moving it gains something
     void* const moved = qx_malloc(size);

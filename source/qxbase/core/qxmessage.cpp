@@ -5,6 +5,7 @@
 #include "core/qxformattext.h"
 #include "core/qxmessage_state.h"
 #include "core/qxtextbuilder.h"
+#include "platform/qxplatformnotnow.h"
 #include "platform/qxplatformthread.h"
 
 #include <algorithm>
@@ -164,6 +165,19 @@ qxMessageState& qxMessageState::get()
 bool qxMessageState::isOpen()
 {
     return s_isOpen.load(std::memory_order_relaxed);
+}
+
+void qxMessageState::waitLock() const
+{
+    qxPlatformEnterNotNow();
+    m_lock.waitLock();
+}
+
+void qxMessageState::unLock() const
+{
+    if (m_lock.getOwnerThreadID() != qxPlatformThreadId()) return; // applications may call this out of turn
+    m_lock.unLock();
+    qxPlatformLeaveNotNow();
 }
 
 qxMessageState::qxMessageState()

@@ -21,8 +21,9 @@ public:
     /// False once the statics of the library go down: messages are then dropped.
     static bool isOpen();
 
-    void waitLock() const { m_lock.waitLock(); }
-    void unLock() const { m_lock.unLock(); }
+    /// A thread is not ended while it holds the lock.
+    void waitLock() const;
+    void unLock() const;
 
     qxMessageLevel getLevel() const { return m_level; }
 

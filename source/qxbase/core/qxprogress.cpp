@@ -2,9 +2,8 @@
 
 #include "qxprogress.h"
 
-#include "qxguard.h"
-
 #include "core/qxneverdestroyed.h"
+#include "core/qxprocessguard.h"
 
 #include <algorithm>
 #include <atomic>
@@ -36,7 +35,7 @@ public:
 
 void qxProgress::setReceiver(qxProgressInterface* receiver)
 {
-    const qxBodyGuard guard(receiverLock());
+    const qxProcessGuard guard(receiverLock());
     s_receiver.store(receiver);
 }
 
@@ -55,7 +54,7 @@ void qxProgress::report(const qxString& text, unsigned int percent)
 {
     if (!s_receiver.load(std::memory_order_relaxed)) return;
 
-    const qxBodyGuard guard(receiverLock());
+    const qxProcessGuard guard(receiverLock());
     qxProgressInterface* const receiver = s_receiver.load();
     if (!receiver) return;
     percent = std::min(percent, 100U);

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "platform/qxplatformnotnow.h"
+
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -11,12 +13,13 @@
 /// some systems. What it guards takes moments: who finds it taken gives its time away and looks again, since the waits of
 /// std::atomic miss wakes on some systems. For std::lock_guard and std::unique_lock.
 ///
-/// Threads: any; a thread that locks twice waits for itself.
+/// Threads: any; a thread that locks twice waits for itself. One that holds it is not ended meanwhile.
 class qxStaticLock
 {
 public:
     void lock()
     {
+        qxPlatformEnterNotNow();
         if (tryTake()) return;
         for (unsigned int pass = 0; !tryTake(); ++pass) {
             if (pass < PASSES_WITHOUT_A_SLEEP)
@@ -26,7 +29,11 @@ public:
         }
     }
 
-    void unlock() { m_isTaken.store(false, std::memory_order_release); }
+    void unlock()
+    {
+        m_isTaken.store(false, std::memory_order_release);
+        qxPlatformLeaveNotNow();
+    }
 
 private:
     // Asks before it takes, so that those who wait do not pull the word from one processor to another.

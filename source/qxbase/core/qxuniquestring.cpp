@@ -3,9 +3,9 @@
 #include "qxuniquestring.h"
 
 #include "core/qxneverdestroyed.h"
+#include "core/qxprocessguard.h"
 #include "qxdict.h"
 #include "qxerror.h"
-#include "qxguard.h"
 #include "qxmemory.h"
 
 namespace
@@ -163,7 +163,7 @@ bool qxString::makeUnique(unsigned short id)
     qxString& text = isEmpty() ? name : *this;
     {
         qxUniqueTable& table = qxUniqueTable::get();
-        qxBodyGuard guard(table.lock());
+        const qxProcessGuard guard(table.lock());
         if (isEmpty() && !table.isFree(id)) {
             table.give(*this, table.entryOf(id));
             return true;
@@ -190,7 +190,7 @@ bool qxString::checkUnique()
     if (isUnique()) return true;
     if (isEmpty()) return false;
     qxUniqueTable& table = qxUniqueTable::get();
-    qxBodyGuard guard(table.lock());
+    const qxProcessGuard guard(table.lock());
     return table.findAndGive(*this);
 }
 
@@ -207,7 +207,7 @@ qxUniqueString::qxUniqueString(unsigned short id)
 unsigned short qxUniqueString::getNextFreeId()
 {
     qxUniqueTable& table = qxUniqueTable::get();
-    qxBodyGuard guard(table.lock());
+    const qxProcessGuard guard(table.lock());
     return table.nextFreeId();
 }
 
@@ -215,13 +215,13 @@ bool qxUniqueString::isFreeId(unsigned short id)
 {
     if (id == 0) return false;
     qxUniqueTable& table = qxUniqueTable::get();
-    qxBodyGuard guard(table.lock());
+    const qxProcessGuard guard(table.lock());
     return table.isFree(id);
 }
 
 void qxUniqueString::cleanAllUniqueId()
 {
     qxUniqueTable& table = qxUniqueTable::get();
-    qxBodyGuard guard(table.lock());
+    const qxProcessGuard guard(table.lock());
     table.clear();
 }

@@ -2,7 +2,7 @@
 
 #include "serialize/qxfilebuffers.h"
 
-#include "qxguard.h"
+#include "core/qxprocessguard.h"
 #include "qxmemory.h"
 #include "qxserializeadapterfile.h"
 
@@ -29,7 +29,7 @@ unsigned char* qxFileBuffers::take()
 {
     {
         Store& store = getStore();
-        const qxBodyGuard guard(store.lock);
+        const qxProcessGuard guard(store.lock);
         if (store.count > 0) return store.idle[--store.count];
     }
     void* const buffer = qx_malloc(qxSerializeAdapterFile::QUEUE_SIZE);
@@ -41,7 +41,7 @@ void qxFileBuffers::giveBack(unsigned char* buffer)
 {
     if (buffer) {
         Store& store = getStore();
-        const qxBodyGuard guard(store.lock);
+        const qxProcessGuard guard(store.lock);
         if (store.count < MAX_IDLE) {
             store.idle[store.count++] = buffer;
             return;
@@ -53,13 +53,13 @@ void qxFileBuffers::giveBack(unsigned char* buffer)
 void qxFileBuffers::freeIdle()
 {
     Store& store = getStore();
-    const qxBodyGuard guard(store.lock);
+    const qxProcessGuard guard(store.lock);
     while (store.count > 0) qx_free(store.idle[--store.count]);
 }
 
 unsigned int qxFileBuffers::getIdleCount()
 {
     Store& store = getStore();
-    const qxBodyGuard guard(store.lock);
+    const qxProcessGuard guard(store.lock);
     return store.count;
 }

@@ -2,7 +2,7 @@
 
 #include "qxserializeadapter.h"
 
-#include "qxguard.h"
+#include "core/qxprocessguard.h"
 #include "qxmessage.h"
 #include "qxserializeadapterfile.h"
 #include "qxserializeadaptermemory.h"
@@ -111,7 +111,7 @@ bool qxSerializeAdapter::registerURLManager(const qxString& scheme, qxURLManager
     if (name == "file" || name == "mem") return false;
 
     Registry& registry = getRegistry();
-    const qxBodyGuard guard(registry.lock);
+    const qxProcessGuard guard(registry.lock);
     if (findEntry(name)) return false;
     registry.entries.push_back({name, manager});
     return true;
@@ -122,7 +122,7 @@ void qxSerializeAdapter::unregisterURLManager(qxURLManagerInterface* manager)
     Registry& registry = getRegistry();
     for (;;) {
         qxRefPointer<qxURLManagerInterface> released; // goes when the lock is free: it may be the last holder
-        const qxBodyGuard guard(registry.lock);
+        const qxProcessGuard guard(registry.lock);
         std::size_t i = 0;
         while (i < registry.entries.size() && registry.entries[i].manager.get() != manager) ++i;
         if (i == registry.entries.size()) return;
@@ -133,13 +133,13 @@ void qxSerializeAdapter::unregisterURLManager(qxURLManagerInterface* manager)
 
 qxRefPointer<qxURLManagerInterface> qxSerializeAdapter::getURLManager(const qxString& scheme)
 {
-    const qxBodyGuard guard(getRegistry().lock);
+    const qxProcessGuard guard(getRegistry().lock);
     const Entry* const entry = findEntry(scheme);
     return entry ? entry->manager : nullptr;
 }
 
 bool qxSerializeAdapter::hasRegisteredURLManager(const qxString& scheme)
 {
-    const qxBodyGuard guard(getRegistry().lock);
+    const qxProcessGuard guard(getRegistry().lock);
     return findEntry(scheme) != nullptr;
 }

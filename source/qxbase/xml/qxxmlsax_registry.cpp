@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "core/qxneverdestroyed.h"
+#include "core/qxprocessguard.h"
 #include "qxdict.h"
-#include "qxguard.h"
 #include "qxmutex.h"
 #include "qxxmlsax.h"
 
@@ -28,14 +28,14 @@ public:
 
     void enter(const qxString& name, Handler* handler)
     {
-        const qxBodyGuard guard(m_lock);
+        const qxProcessGuard guard(m_lock);
         m_handlers[name.getString()] = handler;
         m_isUsed.store(true, std::memory_order_release);
     }
 
     void remove(Handler* handler)
     {
-        const qxBodyGuard guard(m_lock);
+        const qxProcessGuard guard(m_lock);
         std::erase_if(m_handlers, [handler](const auto& entry) { return entry.second == handler; });
         m_isUsed.store(!m_handlers.empty(), std::memory_order_release);
     }
@@ -43,7 +43,7 @@ public:
     Handler* find(const qxString& name)
     {
         if (!m_isUsed.load(std::memory_order_acquire)) return nullptr; // nearly always
-        const qxBodyGuard guard(m_lock);
+        const qxProcessGuard guard(m_lock);
         const auto found = m_handlers.find(name.getString());
         return found == m_handlers.end() ? nullptr : found->second;
     }

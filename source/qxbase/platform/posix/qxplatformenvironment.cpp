@@ -2,6 +2,8 @@
 
 #include "platform/qxplatformenvironment.h"
 
+#include "platform/qxplatformnotnow.h"
+
 #include <mutex>
 
 #include <stdlib.h>
@@ -17,6 +19,7 @@ std::mutex s_lock;
 
 bool qxPlatformGetEnvironment(const char* name, std::string& value)
 {
+    const qxPlatformNotNow notNow;
     const std::lock_guard<std::mutex> guard(s_lock);
     const char* found = getenv(name);
     if (!found) return false;
@@ -26,12 +29,14 @@ bool qxPlatformGetEnvironment(const char* name, std::string& value)
 
 bool qxPlatformSetEnvironment(const char* name, const char* value)
 {
+    const qxPlatformNotNow notNow;
     const std::lock_guard<std::mutex> guard(s_lock);
     return setenv(name, value, 1) == 0;
 }
 
 bool qxPlatformUnsetEnvironment(const char* name)
 {
+    const qxPlatformNotNow notNow;
     const std::lock_guard<std::mutex> guard(s_lock);
     return unsetenv(name) == 0;
 }

@@ -2,6 +2,8 @@
 
 #include "platform/qxplatformlock.h"
 
+#include "platform/qxplatformnotnow.h"
+
 #include <algorithm>
 #include <atomic>
 #include <bit>
@@ -196,7 +198,8 @@ bool qxPlatformLockTryEnter(void* room)
 
 void qxPlatformLockLeave(void* room)
 {
-    pthread_mutex_unlock(lockIn(room));
+    // Once it is free, those who wait are still to be woken.
+    qxPlatformCallNotNow([room] { return pthread_mutex_unlock(lockIn(room)); });
 }
 
 void qxPlatformConditionCreate(void* room)

@@ -30,6 +30,8 @@
 #include "qxuniquestring.h"
 #include "qxutf8.h"
 
+#include "qxmemorycheck.h"
+#include "qxprogramexecution.h"
 #include "qxthread.h"
 #include "qxtime.h"
 #include "qxtimer.h"

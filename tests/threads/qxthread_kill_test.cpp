@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxthreadtest.h"
+
+#include "qxevent.h"
+#include "qxmemory.h"
+#include "qxtime.h"
+
+#include <atomic>
+
+// An ended thread keeps its stack on some systems, so the ways to end one are few and each is taken as seldom as makes
+// sense.
+
+namespace
+{
+
+void sleepForEver(TestThread&)
+{
+    for (;;) qxThread::qxDelayFunction(1000);
+}
+
+TEST(qxThreadKill, endsABodyThatNeverLooks)
+{
+    const unsigned int working = qxThread::getWorkingCount();
+    std::atomic<unsigned int> number{10000};
+    TestThread thread([&](TestThread& self) {
+        number = qxThread::getThreadEnum(0);
+        try {
+            sleepForEver(self);
+        } catch (...) { // nothing gets this far
+        }
+    });
+    thread.run(1);
+    ASSERT_TRUE(comesTrue([&] { return number != 10000; }));
+
+    thread.kill();
+
+    EXPECT_EQ(thread.isRunning(0), 0);
+    EXPECT_EQ(thread.isStopping(0), 1);
+    EXPECT_EQ(qxThread::getWorkingCount(), working);
+    EXPECT_EQ(qxThread::getThreadEnum(number + 3000000000), number); // it is free again
+    thread.stop(1);
+    thread.kill(); // nobody is there
+}
+
+// A loop without a single call: only the system can end it.
+TEST(qxThreadKillBusy, endsABodyThatNeverSleeps)
+{
+    std::atomic<unsigned long> rounds{0};
+    TestThread thread([&](TestThread&) {
+        for (;;) rounds.fetch_add(1, std::memory_order_relaxed);
+    });
+    thread.run(1);
+    ASSERT_TRUE(comesTrue([&] { return rounds != 0; }));
+
+    thread.kill();
+    const unsigned long atTheEnd = rounds;
+    qxThread::qxDelayFunction(5);
+    EXPECT_EQ(rounds, atTheEnd);
+}
+
+TEST(qxThreadKill, theObjectMayRunAgain)
+{
+    std::atomic<int> runs{0};
+    TestThread thread([&](TestThread& self) {
+        if (++runs == 1) sleepForEver(self);
+    });
+    thread.run(1);
+    ASSERT_TRUE(comesTrue([&] { return runs == 1; }));
+    thread.kill();
+    thread.run(1);
+    thread.awaitEnd();
+    EXPECT_EQ(runs, 2);
+}
+
+TEST(qxThreadKill, aBodyMayEndItself)
+{
+    const unsigned int working = qxThread::getWorkingCount();
+    std::atomic<bool> isReached{false};
+    TestThread thread([&](TestThread& self) {
+        self.kill();
+        isReached = true;
+    });
+    thread.run(0);
+    thread.awaitEnd();
+    EXPECT_EQ(thread.isStopping(0), 1);
+    EXPECT_EQ(qxThread::getWorkingCount(), working);
+    thread.stop(1);
+    EXPECT_FALSE(isReached);
+}
+
+TEST(qxThreadKill, leavesAMessageAndTheHeapInOrder)
+{
+    const MessageRecorder recorder;
+    std::atomic<unsigned int> rounds{0};
+    TestThread thread([&](TestThread&) {
+        for (;; ++rounds) {
+            qx_free(qx_malloc(rounds % 2000));
+            qxMessage::message(QX_LEVEL_WARNING, "round %d", rounds.load());
+        }
+    });
+    thread.run(1);
+    ASSERT_TRUE(comesTrue([&] { return rounds > 10; }));
+    thread.kill();
+
+    qxMessage::message(QX_LEVEL_WARNING, "the last");
+    EXPECT_EQ(recorder.texts().back(), "the last");
+    EXPECT_NE(onAnotherThread([] {
+                  void* const memory = qx_malloc(100000);
+                  qx_free(memory);
+                  return memory;
+              }),
+              nullptr);
+}
+
+TEST(qxThreadKill, leavesTheLockOfAnEventToOthers)
+{
+    qxEvent event;
+    TestThread thread([&](TestThread& self) {
+        event.wait(1, 0);
+        sleepForEver(self);
+    });
+    thread.run(1);
+    qxThread::qxDelayFunction(3);
+    thread.kill();
+    EXPECT_EQ(event.tryLock(), 1);
+    event.unLock();
+}
+
+class Watched : public testing::TestWithParam<int>
+{
+protected:
+    // Asks in one of the four ways that look at the watchdog.
+    static void ask(qxThread& thread)
+    {
+        switch (GetParam()) {
+        case 0:
+            return thread.tickAlive();
+        case 1:
+            thread.isRunning(1);
+            return;
+        case 2:
+            thread.isStopping(1);
+            return;
+        default:
+            return thread.stop(1);
+        }
+    }
+};
+
+TEST_P(Watched, qxThreadKillEndsABodyThatIsLate)
+{
+    TestThread thread(sleepForEver);
+    thread.setTickLimit(0.02);
+    thread.run(1);
+    qxThread::qxDelayFunction(40);
+
+    ask(thread);
+    EXPECT_EQ(thread.isRunning(0), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(qxThreadKill, Watched, testing::Range(0, 4));
+
+TEST(qxThreadKill, theWatchdogLeavesOthersAlone)
+{
+    std::atomic<bool> mayEnd{false};
+    TestThread thread([&](TestThread& self) {
+        while (!mayEnd) {
+            self.tickAlive();
+            qxThread::qxDelayFunction(1);
+        }
+    });
+    thread.tickAlive(); // never run
+    thread.setTickLimit(5.0);
+    thread.run(0);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(thread.isRunning(1), 1); // fresh, then alive
+    mayEnd = true;
+    thread.awaitEnd();
+    thread.setTickLimit(1e-9);
+    thread.tickAlive(); // over
+    EXPECT_EQ(thread.chain(), 1);
+}
+
+} // namespace

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxthreadtest.h"
+
+#include <atomic>
+#include <latch>
+
+namespace
+{
+
+constexpr unsigned int ROUNDS = 10000;
+
+TEST(qxThread, runsItsBodyOnAThreadOfItsOwn)
+{
+    unsigned int id = 0;
+    TestThread thread([&](TestThread&) { id = qxThread::getThreadID(); });
+
+    EXPECT_EQ(thread.run(0), 1);
+    thread.awaitEnd();
+
+    EXPECT_NE(id, 0U);
+    EXPECT_NE(id, qxThread::getThreadID());
+}
+
+TEST(qxThread, tellsItsStateAtEveryStep)
+{
+    TestThread thread([](TestThread& self) {
+        while (!self.isStopping(0)) qxThread::qxDelayFunction(1);
+    });
+    const auto state = [&] { return std::pair(int{thread.isRunning(0)}, int{thread.isStopping(0)}); };
+    const std::pair idle(0, 0), running(1, 0), stopping(0, 1);
+
+    EXPECT_EQ(state(), idle);
+    for (const bool wait : {false, true}) {
+        thread.run(wait);
+        EXPECT_EQ(state(), running);
+        thread.stop(1);
+        EXPECT_EQ(state(), stopping);
+    }
+}
+
+TEST(qxThread, stopWithoutWaitingOnlyAsks)
+{
+    std::atomic<bool> mayEnd{false};
+    TestThread thread([&](TestThread& self) {
+        while (!mayEnd) qxThread::qxDelayFunction(1);
+        EXPECT_EQ(self.isStopping(0), 1);
+    });
+    thread.run(1);
+
+    thread.stop(0);
+    EXPECT_EQ(thread.isRunning(0), 1);
+    mayEnd = true;
+    thread.stop(1);
+    EXPECT_EQ(thread.isRunning(0), 0);
+}
+
+TEST(qxThread, stoppingAnIdleOneTakesAMillisecond)
+{
+    TestThread thread([](TestThread&) {});
+    EXPECT_GE(secondsOf([&] { thread.stop(1); }), 0.001);
+    EXPECT_EQ(thread.isStopping(0), 1);
+}
+
+TEST(qxThread, aRunningOneIsNotStartedTwice)
+{
+    std::atomic<int> starts{0};
+    std::latch mayEnd(1);
+    TestThread thread([&](TestThread&) {
+        ++starts;
+        mayEnd.wait();
+    });
+    thread.run(1);
+    const unsigned int id = thread.getThreadInfo().threadId;
+
+    EXPECT_EQ(thread.run(1), 1);
+    EXPECT_EQ(thread.run(0), 1);
+    EXPECT_EQ(thread.chain(), 0);
+    EXPECT_EQ(thread.getThreadInfo().threadId, id);
+    mayEnd.count_down();
+    thread.stop(1);
+    EXPECT_EQ(starts, 1);
+}
+
+TEST(qxThread, knowsItsThreadWhenRunReturns)
+{
+    std::atomic<unsigned int> id{0};
+    TestThread thread([&](TestThread&) { id = qxThread::getThreadID(); });
+    EXPECT_EQ(thread.getThreadInfo().threadId, 0U);
+    EXPECT_EQ(thread.getThreadInfo().threadHandle, nullptr);
+
+    for (const bool wait : {false, true}) {
+        thread.run(wait);
+        const qxThreadInfo info = thread.getThreadInfo();
+        thread.awaitEnd();
+        EXPECT_EQ(info.threadId, id);
+        EXPECT_NE(info.threadHandle, nullptr);
+    }
+}
+
+// The body may be over before anybody has seen it run.
+TEST(qxThread, waitingForTheStartOfAShortBodyTakesNoSecond)
+{
+    for (int i = 0; i < 20; ++i) {
+        TestThread thread([](TestThread&) {});
+        EXPECT_LT(secondsOf([&] { thread.run(1); }), 0.9);
+        EXPECT_TRUE(comesTrue([&] { return thread.isRunning(0) == 0; }));
+    }
+}
+
+TEST(qxThread, runsTenThousandTimes)
+{
+    std::atomic<unsigned int> runs{0};
+    TestThread thread([&](TestThread&) { ++runs; });
+    for (unsigned int i = 0; i < ROUNDS; ++i) {
+        ASSERT_EQ(thread.run(0), 1);
+        thread.awaitEnd();
+    }
+    EXPECT_EQ(runs, ROUNDS);
+}
+
+TEST(qxThread, chainRunsTheBodyOnTheCaller)
+{
+    unsigned int id = 0;
+    int wasRunning = 0;
+    TestThread thread([&](TestThread& self) {
+        id = qxThread::getThreadID();
+        wasRunning = self.isRunning(0);
+        self.stop(1); // its own thread does not wait for itself
+    });
+    EXPECT_EQ(thread.chain(), 1);
+
+    EXPECT_EQ(id, qxThread::getThreadID());
+    EXPECT_EQ(wasRunning, 1);
+    EXPECT_EQ(thread.isRunning(0), 0);
+    EXPECT_EQ(thread.isStopping(0), 1);
+    EXPECT_EQ(thread.getThreadInfo().threadId, id);
+    EXPECT_EQ(thread.getThreadInfo().threadHandle, nullptr);
+}
+
+TEST(qxThread, theDefaultBodyWaitsToBeStopped)
+{
+    qxThread thread;
+    thread.run(1);
+    EXPECT_EQ(thread.isRunning(0), 1);
+    thread.stop(1);
+    EXPECT_EQ(thread.isRunning(0), 0);
+}
+
+TEST(qxThread, countsWorkingThreads)
+{
+    const unsigned int before = qxThread::getWorkingCount();
+    TestThread thread([&](TestThread& self) {
+        EXPECT_EQ(qxThread::getWorkingCount(), before + 1);
+        for (const bool on : {true, false, false, true, true, false}) {
+            self.working(on);
+            EXPECT_EQ(qxThread::getWorkingCount(), before + on);
+        }
+    });
+    thread.run(0);
+    thread.awaitEnd();
+    thread.chain();
+    EXPECT_EQ(qxThread::getWorkingCount(), before);
+}
+
+TEST(qxThread, givesItsNumberBackAtTheEnd)
+{
+    unsigned int number = 0;
+    TestThread thread([&](TestThread&) { number = qxThread::getThreadEnum(0); });
+    thread.run(0);
+    const unsigned int id = thread.getThreadInfo().threadId;
+    thread.awaitEnd();
+    // Another thread that begins its search there finds the place free.
+    EXPECT_EQ(qxThread::getThreadEnum(number + 3000000000), number);
+    EXPECT_NE(id, 0U);
+}
+
+TEST(qxThread, keepsATickLimitAboveZeroOnly)
+{
+    qxThread thread;
+    EXPECT_EQ(thread.getTickLimit(), 0.0);
+    for (const double seconds : {2.5, 0.0, 1e9, -1.0}) {
+        thread.setTickLimit(seconds);
+        EXPECT_EQ(thread.getTickLimit(), seconds > 0.0 ? seconds : 0.0);
+    }
+}
+
+TEST(qxThread, priorityMayBeSetAtAnyTime)
+{
+    TestThread thread(
+        [](TestThread& self) {
+            for (const unsigned int priority : {0U, 1U, 2U, 3U, 4U, 5U, 0xFFFFFFFFU})
+                self.setThreadPriority(static_cast<qxThreadPriority>(priority));
+        },
+        static_cast<qxThreadPriority>(77));
+    thread.run(0);
+    thread.setThreadPriority(QX_THREAD_BELOW_NORMAL);
+    thread.awaitEnd();
+    thread.setThreadPriority(QX_THREAD_HIGHEST);
+}
+
+} // namespace

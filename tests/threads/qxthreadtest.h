@@ -1,0 +1,49 @@
+// A thread whose body is a function of the test's.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxthread.h"
+
+#include "qxtestsupport.h"
+
+#include <functional>
+#include <utility>
+
+class TestThread : public qxThread
+{
+public:
+    explicit TestThread(std::function<void(TestThread&)> body, qxThreadPriority priority = QX_THREAD_NORMAL)
+        : qxThread(priority), m_body(std::move(body))
+    {}
+    ~TestThread() noexcept(false) override
+    {
+        qxThread::stop(1);
+        if (onDelete) onDelete();
+    }
+
+    /// Waits for the end of the body without asking it to stop.
+    void awaitEnd()
+    {
+        while (isRunning(0)) qxDelayFunction(0);
+    }
+
+    std::function<void()> onDelete;
+
+protected:
+    void process() override { m_body(*this); }
+
+private:
+    const std::function<void(TestThread&)> m_body;
+};
+
+/// Looks, for ten seconds at most, until `condition` is true.
+template <typename Condition>
+bool comesTrue(Condition&& condition)
+{
+    for (int i = 0; i < 10000; ++i) {
+        if (condition()) return true;
+        qxThread::qxDelayFunction(1);
+    }
+    return false;
+}

@@ -51,18 +51,15 @@ bool areAllDifferent(const std::vector<std::vector<qxGUID>>& made)
     return std::adjacent_find(all.begin(), all.end()) == all.end();
 }
 
-TEST(qxGUIDGeneration, growsOnOneThreadEvenWithinATick)
+TEST(qxGUIDGeneration, growsOnOneThread)
 {
-    qxUInt64 smallest = 0xFFFFFFFF;
     qxGUID before = qxGUID::generateGUID();
     for (int i = 0; i < 1000; ++i) {
         const qxGUID guid = qxGUID::generateGUID();
         ASSERT_TRUE(guid.isTimeBased());
         ASSERT_GT(timestampOf(guid), timestampOf(before));
-        smallest = std::min(smallest, timestampOf(guid) - timestampOf(before));
         before = guid;
     }
-    EXPECT_EQ(smallest, 1U);
 }
 
 TEST(qxGUIDGeneration, neverTakesATimestampTwiceForTheSameBitsOfAThread)

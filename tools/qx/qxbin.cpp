@@ -23,8 +23,8 @@ std::unique_ptr<qxBinValue> parseValue(const std::string& word, bool isLittleEnd
     const std::string type = word.substr(0, equals);
     std::unique_ptr<qxBinValue> value = makeBinValue(type, isLittleEndian);
     if (!value) throw qxUsageError("unknown type '" + type + "'");
-    if (!value->setText(std::string_view(word).substr(equals + 1)))
-        throw qxUsageError("'" + word.substr(equals + 1) + "' is no value of type " + type);
+    const std::string text = word.substr(equals + 1);
+    if (!value->setText(text)) throw qxUsageError("'" + text + "' is no value of type " + type);
     return value;
 }
 

@@ -33,6 +33,7 @@
 #include "qxmemorycheck.h"
 #include "qxprogramexecution.h"
 #include "qxthread.h"
+#include "qxthreadticker.h"
 #include "qxtime.h"
 #include "qxtimer.h"
 

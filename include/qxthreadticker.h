@@ -87,7 +87,6 @@ public:
 private:
     friend class qxThreadTicker;
     class Work;
-    class Worker;
 
     qxThreadPoolTicker(unsigned int poolID, qxThreadPriority priority);
     ~qxThreadPoolTicker() noexcept(false) override;

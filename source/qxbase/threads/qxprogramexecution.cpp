@@ -5,6 +5,7 @@
 #include "qxerror.h"
 #include "qxmemorycheck.h"
 #include "qxmessage.h"
+#include "threads/qxexceptiontext.h"
 
 #include <exception>
 #include <optional>
@@ -38,12 +39,10 @@ void qxProgramExecution::execute(const qxMemoryCheck* owner)
             onProgramExecution();
         } catch (const qxBaseError& error) {
             isHere() ? onBaseException(error) : error.reportError();
-        } catch (const std::exception& exception) {
-            sendFatal(exception.what());
-            if (isHere()) onCrash(nullptr);
         } catch (...) {
             passUnwinding();
-            sendFatal("A body was left by an exception of unknown type");
+            const char* const text = qxHandledExceptionText();
+            sendFatal(text ? text : "A body was left by an exception of unknown type");
             if (isHere()) onCrash(nullptr);
         }
     } catch (...) { // out of a report: there is nothing left to tell it with

@@ -37,24 +37,33 @@ Pools& getPools()
     return pools.get();
 }
 
-} // namespace
-
-// The thread of a pool: runs until no ticker is left.
-class qxThreadPoolTicker::Worker : public qxThread
+// The thread of a pool, and what it runs.
+class Worker : public qxThread
 {
 public:
-    Worker(Work& work, qxThreadPriority priority) : qxThread(priority), m_work(work) {}
+    class Body
+    {
+    public:
+        virtual void run(const Worker& worker) = 0;
+
+    protected:
+        ~Body() = default;
+    };
+
+    Worker(Body& body, qxThreadPriority priority) : qxThread(priority), m_body(body) {}
     ~Worker() noexcept(false) override { qxThread::stop(1); }
 
 protected:
-    void process() override;
+    void process() override { m_body.run(*this); }
 
 private:
-    Work& m_work;
+    Body& m_body;
 };
 
+} // namespace
+
 // What a pool does. The lock is never held while a tick runs.
-class qxThreadPoolTicker::Work
+class qxThreadPoolTicker::Work final : public Worker::Body
 {
 public:
     bool add(qxThreadTicker& ticker, double interval, qxThreadPriority priority)
@@ -99,8 +108,8 @@ public:
         return static_cast<unsigned int>(m_due.size());
     }
 
-    // The body of a thread.
-    void run(const Worker& worker)
+    // Until no ticker is left, or another thread has taken over.
+    void run(const Worker& worker) override
     {
         std::unique_lock guard(m_lock);
         while (m_worker.get() == &worker && !m_due.empty()) {
@@ -193,11 +202,6 @@ private:
     std::unique_ptr<Worker> m_worker; // the thread that looks at what is due
     bool m_isOver = false;            // it does not any more
 };
-
-void qxThreadPoolTicker::Worker::process()
-{
-    m_work.run(*this);
-}
 
 namespace
 {

@@ -46,9 +46,12 @@ public:
     /// Seconds within the minute, below 60, in five decimals.
     double minuteSeconds() const;
 
-    /// `format` filled in with six integers: year, month, day, hour, minute and whole second, as with
-    /// "%4d-%02d-%02d %02d:%02d:%02d".
-    qxString asString(const qxString& format) const;
+    /// The usual formats for asString: "2024-11-09 04:02:28", and what suits names of files, "2024_11_09__04_02_28".
+    static constexpr const char* TEXT_FORMAT = "%4d-%02d-%02d %02d:%02d:%02d";
+    static constexpr const char* FILE_NAME_FORMAT = "%4d_%02d_%02d__%02d_%02d_%02d";
+
+    /// `format` filled in with six integers: year, month, day, hour, minute and whole second.
+    qxString asString(const qxString& format = TEXT_FORMAT) const;
 
     bool operator==(const qxTime& other) const { return m_seconds == other.m_seconds; }
     std::partial_ordering operator<=>(const qxTime& other) const { return m_seconds <=> other.m_seconds; }

@@ -14,14 +14,12 @@
 namespace
 {
 
-const char USUAL[] = "%4d-%02d-%02d %02d:%02d:%02d";
-
 constexpr double A_MINUTE = 60.0; // far more than anybody has to wait, far less than offsets are
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 
 std::string textOf(const qxTime& time)
 {
-    return time.asString(USUAL).getString();
+    return time.asString().getString();
 }
 
 /// The application's time follows the clock again at its end.
@@ -152,6 +150,7 @@ TEST(qxTime, showsMomentsAsTexts)
                "4294967296 => 1970-01-01 06:28:16", "7258118400 => 2063-11-24 00:00:00",
                "-1 => 2106-02-07 00:00:-1", "nan => 1970-01-01 00:00:00", "inf => 1970-01-01 00:00:00",
                "1e300 => 1970-01-01 17:36:00", "-1e300 => 1970-01-01 23:40:-148560");
+    EXPECT_EQ(qxTime(2024, 2, 3, 4.0, 5.0, 6.0).asString(qxTime::FILE_NAME_FORMAT), "2024_02_03__04_05_06");
     EXPECT_EQ(qxTime(2024, 2, 3, 4.0, 5.0, 6.0).asString("%6$d|%5$d|%4$d|%3$d|%2$d|%1$d"), "6|5|4|3|2|2024");
 }
 

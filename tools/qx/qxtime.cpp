@@ -83,7 +83,7 @@ qxStatus runTime(qxReport&, const std::vector<std::string>& words)
     const qxOptions options(words, {{"--format", true}, {"--local", false}});
     const std::vector<std::string>& arguments = options.getArguments();
     if (arguments.size() > 1) throw qxUsageError("time takes one number of seconds at most");
-    const std::string format = options.get("--format").value_or("%4d-%02d-%02d %02d:%02d:%02d");
+    const std::string format = options.get("--format").value_or(qxTime::TEXT_FORMAT);
     if (!FormatCheck(format).isGood())
         throw qxUsageError("'" + format + "' is no format of six integers at most");
 

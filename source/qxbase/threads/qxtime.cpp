@@ -73,6 +73,22 @@ private:
 
 constinit ClockState s_clock;
 
+// The first reading, and those at which the counter has jumped or seems to have.
+[[gnu::noinline]] double readWithCare()
+{
+    for (;;) {
+        // In this order the counter is never behind an anchor that another thread has just made.
+        const qxClockAnchor anchor = s_clock.getAnchor();
+        const qxUInt64 counter = qxPlatformCounter();
+        if (anchor.seconds == 0.0) {
+            if (s_clock.begin(counter)) return s_clock.getAnchor().seconds;
+            continue;
+        }
+        const qxClockReading reading = qxReadClock(anchor, counter, s_clock.getPeriod());
+        if (!reading.hasJumped || s_clock.replace(anchor, reading.next)) return reading.seconds;
+    }
+}
+
 } // namespace
 
 std::atomic<double> qxTime::s_systemStartTime{qxTime::systemSeconds()};
@@ -87,17 +103,10 @@ qxTime qxTime::now(unsigned char local)
 
 double qxTime::systemSeconds()
 {
-    for (;;) {
-        // In this order the counter is never behind an anchor that another thread has just made.
-        const qxClockAnchor anchor = s_clock.getAnchor();
-        const qxUInt64 counter = qxPlatformCounter();
-        if (anchor.seconds == 0.0) {
-            if (s_clock.begin(counter)) return s_clock.getAnchor().seconds;
-            continue;
-        }
-        const qxClockReading reading = qxReadClock(anchor, counter, s_clock.getPeriod());
-        if (!reading.hasJumped || s_clock.replace(anchor, reading.next)) return reading.seconds;
-    }
+    const qxUInt64 counter = qxPlatformCounter(); // first, so that nothing must be kept meanwhile
+    const qxClockAnchor anchor = s_clock.getAnchor();
+    const qxClockReading reading = qxReadClock(anchor, counter, s_clock.getPeriod());
+    return anchor.seconds == 0.0 || reading.hasJumped ? readWithCare() : reading.seconds;
 }
 
 double qxTime::getTimeResolution()

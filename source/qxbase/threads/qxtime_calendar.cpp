@@ -17,7 +17,11 @@ constexpr int DAY = 86400; // seconds
 constexpr unsigned int DECIMALS = 5;
 constexpr double SMALLEST_STEP = 1e-5; // in so many decimals
 
-constexpr unsigned char MONTH_DAYS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+// Days of the year before each month, and those of the whole year; of leap years in the second row.
+constexpr unsigned short DAYS_BEFORE_MONTH[2][13] = {
+    {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365},
+    {0, 31, 60, 91, 121, 152, 182, 213, 244, 274, 305, 335, 366},
+};
 
 struct Date {
     unsigned int year;
@@ -41,13 +45,6 @@ qxUInt64 daysBeforeYear(unsigned int year)
     return qxUInt64{year - FIRST_YEAR} * 365 + countLeapYears(year - 1) - countLeapYears(FIRST_YEAR - 1);
 }
 
-unsigned int daysBeforeMonth(unsigned char month, unsigned int year)
-{
-    unsigned int days = 0;
-    for (unsigned char before = 1; before < month; ++before) days += qxTime::daysPerMonth(before, year);
-    return days;
-}
-
 // Whether its whole part is a 64-bit number.
 bool isInRange(double value)
 {
@@ -68,15 +65,18 @@ Date dateOf(double seconds)
     unsigned int year = FIRST_YEAR + days / 366; // or later
     while (days >= daysBeforeYear(year + 1)) ++year;
     days -= static_cast<unsigned int>(daysBeforeYear(year));
-    unsigned char month = 1;
-    for (; days >= qxTime::daysPerMonth(month, year); ++month) days -= qxTime::daysPerMonth(month, year);
-    return {year, month, static_cast<unsigned char>(days + 1)};
+    const unsigned short* const before = DAYS_BEFORE_MONTH[isLeapYear(year)];
+    unsigned int month = days / 32; // or the next
+    if (days >= before[month + 1]) ++month;
+    return {year, static_cast<unsigned char>(month + 1),
+            static_cast<unsigned char>(days - before[month] + 1)};
 }
 
 // Rounded, but never up to the `unit` that it is below.
 double roundBelow(double value, double unit)
 {
-    return value < unit ? std::min(qxPrecision(value, DECIMALS), unit - SMALLEST_STEP) : value;
+    if (!(value < unit) || value == static_cast<int>(value)) return value;
+    return std::min(qxPrecision(value, DECIMALS), unit - SMALLEST_STEP);
 }
 
 // The remainder of whole days: years and months are made of such.
@@ -114,7 +114,7 @@ qxTime::qxTime(unsigned int year, unsigned char month, unsigned char day, double
     if (!(daySeconds >= 0.0 && daySeconds < DAY)) // so written, what is not a number fails too
         qxExceptionThrows::qxThrowWarning("qxTime ( daysecond parameter in time is invalid )");
 
-    const qxUInt64 days = daysBeforeYear(year) + daysBeforeMonth(month, year) + day - 1U;
+    const qxUInt64 days = daysBeforeYear(year) + DAYS_BEFORE_MONTH[isLeapYear(year)][month - 1] + day - 1U;
     m_seconds = static_cast<double>(days) * DAY + daySeconds;
     m_hasDaySeconds = 1;
     m_daySeconds = roundBelow(daySeconds, DAY);
@@ -170,7 +170,8 @@ qxString qxTime::asString(const qxString& format) const
 unsigned char qxTime::daysPerMonth(unsigned char month, unsigned int year)
 {
     if (month < 1 || month > 12) return 0;
-    return month == 2 && isLeapYear(year) ? 29 : MONTH_DAYS[month - 1];
+    const unsigned short* const before = DAYS_BEFORE_MONTH[isLeapYear(year)];
+    return static_cast<unsigned char>(before[month] - before[month - 1]);
 }
 
 unsigned int qxTime::daysPerYear(unsigned int year)

@@ -16,7 +16,7 @@ namespace
 
 void sleepForEver(TestThread&)
 {
-    for (;;) qxThread::qxDelayFunction(1000);
+    for (;;) qxThread::qxDelayFunction(20);
 }
 
 TEST(qxThreadKill, endsABodyThatNeverLooks)

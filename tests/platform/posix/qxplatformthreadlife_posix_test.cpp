@@ -42,7 +42,7 @@ void end(qxPlatformThread* thread)
 TEST(qxPlatformThreadLife, endsManySleepersOneAfterAnother)
 {
     const Body body = [] {
-        for (;;) qxPlatformSleep(1000);
+        for (;;) qxPlatformSleep(20);
     };
     for (int i = 0; i < 100; ++i) {
         qxPlatformThread* const thread = start(body);
@@ -85,7 +85,7 @@ TEST(qxPlatformThreadLife, aThreadThatBeginsWithBlockedSignalsCanBeEnded)
     sigfillset(&all);
     pthread_sigmask(SIG_BLOCK, &all, &before);
     const Body body = [] {
-        for (;;) qxPlatformSleep(1000);
+        for (;;) qxPlatformSleep(20);
     };
     qxPlatformThread* const thread = start(body);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -106,7 +106,7 @@ TEST(qxPlatformThreadLife, threadsInheritNothingOfEndedOnes)
         pthread_setspecific(key, &stale);
         t_value = 6;
         isSet = true;
-        for (;;) qxPlatformSleep(1000);
+        for (;;) qxPlatformSleep(20);
     };
     for (int i = 0; i < 20; ++i) {
         isSet = false;

@@ -7,11 +7,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#if defined(__SANITIZE_THREAD__)
-#define QX_IS_THREAD_SANITIZED
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QX_IS_SANITIZED
 #elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define QX_IS_THREAD_SANITIZED
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define QX_IS_SANITIZED
 #endif
 #endif
 
@@ -20,9 +20,9 @@ constinit thread_local qxPlatformEnding* qxPlatformOwnEnding = nullptr;
 namespace
 {
 
-#if defined(QX_IS_THREAD_SANITIZED)
+#if defined(QX_IS_SANITIZED)
 
-// The sanitizer waits for ever for a thread that goes without its knowing, so here it returns from its start.
+// Sanitizers go on counting a thread that goes without their knowing, and may wait for it: there it returns from its start.
 __attribute__((tls_model("initial-exec"))) thread_local sigjmp_buf* t_start = nullptr;
 
 [[noreturn]] void leaveThread()

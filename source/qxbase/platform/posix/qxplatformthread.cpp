@@ -2,6 +2,8 @@
 
 #include "platform/qxplatformthread.h"
 
+#include "platform/qxplatformnotnow.h"
+
 #include <cerrno>
 
 #include <pthread.h>
@@ -34,6 +36,13 @@ unsigned int askThreadId()
     return t_threadId;
 }
 
+// The signal that ends a thread needs no help, but the thread sanitizer keeps signals back while the thread calls nothing
+// that it watches.
+void lookForEnd()
+{
+    if (qxPlatformOwnEnding) qxPlatformEndWhenWanted(*qxPlatformOwnEnding);
+}
+
 } // namespace
 
 unsigned int qxPlatformThreadId()
@@ -61,12 +70,14 @@ void qxPlatformSleep(unsigned int milliseconds)
     timespec rest;
     rest.tv_sec = milliseconds / 1000;
     rest.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
-    while (clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, &rest) == EINTR) {}
+    while (clock_nanosleep(CLOCK_MONOTONIC, 0, &rest, &rest) == EINTR) lookForEnd();
+    lookForEnd();
 }
 
 void qxPlatformYield()
 {
     sched_yield();
+    lookForEnd();
 }
 
 void qxPlatformGuardForks(void (*before)(), void (*after)())

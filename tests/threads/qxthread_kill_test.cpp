@@ -43,50 +43,51 @@ TEST(qxThreadKill, endsABodyThatNeverLooks)
     thread.kill(); // nobody is there
 }
 
-// A loop without a single call: only the system can end it.
+// Loops without a sleep, the first one without a single call: only the system can end them.
 TEST(qxThreadKillBusy, endsABodyThatNeverSleeps)
 {
     std::atomic<unsigned long> rounds{0};
-    TestThread thread([&](TestThread&) {
-        for (;;) rounds.fetch_add(1, std::memory_order_relaxed);
-    });
-    thread.run(1);
-    ASSERT_TRUE(comesTrue([&] { return rounds != 0; }));
+    const std::function<void(TestThread&)> bodies[] = {
+        [&](TestThread&) {
+            for (;;) rounds.fetch_add(1, std::memory_order_relaxed);
+        },
+        [&](TestThread& self) {
+            for (;; ++rounds) self.isStopping(1);
+        },
+    };
+    for (const auto& body : bodies) {
+        rounds = 0;
+        TestThread thread(body);
+        thread.run(1);
+        ASSERT_TRUE(comesTrue([&] { return rounds != 0; }));
 
-    thread.kill();
-    const unsigned long atTheEnd = rounds;
-    qxThread::qxDelayFunction(5);
-    EXPECT_EQ(rounds, atTheEnd);
+        thread.kill();
+        const unsigned long atTheEnd = rounds;
+        qxThread::qxDelayFunction(5);
+        EXPECT_EQ(rounds, atTheEnd);
+    }
 }
 
-TEST(qxThreadKill, theObjectMayRunAgain)
-{
-    std::atomic<int> runs{0};
-    TestThread thread([&](TestThread& self) {
-        if (++runs == 1) sleepForEver(self);
-    });
-    thread.run(1);
-    ASSERT_TRUE(comesTrue([&] { return runs == 1; }));
-    thread.kill();
-    thread.run(1);
-    thread.awaitEnd();
-    EXPECT_EQ(runs, 2);
-}
-
-TEST(qxThreadKill, aBodyMayEndItself)
+TEST(qxThreadKill, aBodyMayEndItselfAndRunAgain)
 {
     const unsigned int working = qxThread::getWorkingCount();
-    std::atomic<bool> isReached{false};
+    std::atomic<int> runs{0};
+    std::atomic<int> ends{0};
     TestThread thread([&](TestThread& self) {
-        self.kill();
-        isReached = true;
+        if (++runs == 1) self.kill();
+        ++ends;
     });
     thread.run(0);
     thread.awaitEnd();
     EXPECT_EQ(thread.isStopping(0), 1);
     EXPECT_EQ(qxThread::getWorkingCount(), working);
     thread.stop(1);
-    EXPECT_FALSE(isReached);
+    EXPECT_EQ(ends, 0);
+
+    thread.run(0);
+    thread.awaitEnd();
+    EXPECT_EQ(runs, 2);
+    EXPECT_EQ(ends, 1);
 }
 
 TEST(qxThreadKill, leavesAMessageAndTheHeapInOrder)
@@ -148,7 +149,7 @@ protected:
     }
 };
 
-TEST_P(Watched, qxThreadKillEndsABodyThatIsLate)
+TEST_P(Watched, endsABodyThatIsLate)
 {
     TestThread thread(sleepForEver);
     thread.setTickLimit(0.02);

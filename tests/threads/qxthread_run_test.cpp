@@ -2,6 +2,8 @@
 
 #include "qxthreadtest.h"
 
+#include "qxguard.h"
+
 #include <atomic>
 #include <latch>
 
@@ -136,6 +138,40 @@ TEST(qxThread, chainRunsTheBodyOnTheCaller)
     EXPECT_EQ(thread.isStopping(0), 1);
     EXPECT_EQ(thread.getThreadInfo().threadId, id);
     EXPECT_EQ(thread.getThreadInfo().threadHandle, nullptr);
+}
+
+// Its operations in their forms for callers that hold the lock.
+class LockedThread : public TestThread
+{
+public:
+    using TestThread::TestThread;
+    ~LockedThread() noexcept(false) override { qxThread::stop(1); }
+
+    std::string workThrough()
+    {
+        const qxBodyGuard guard(m_lock);
+        std::string results;
+        const auto note = [&](int result) { results += static_cast<char>('0' + result); };
+        note(run_unsafe(1));
+        note(isRunning_unsafe(1));
+        note(isStopping_unsafe(1));
+        note(chain_unsafe());
+        tickAlive_unsafe();
+        stop_unsafe(1);
+        note(isRunning_unsafe(0));
+        note(isStopping_unsafe(0));
+        note(chain_unsafe());
+        kill_unsafe();
+        return results;
+    }
+};
+
+TEST(qxThread, worksWithItsLockHeld)
+{
+    LockedThread thread([](TestThread& self) {
+        while (!self.isStopping(1) && self.getThreadInfo().threadHandle) qxThread::qxDelayFunction(1);
+    });
+    EXPECT_EQ(thread.workThrough(), "1100011");
 }
 
 TEST(qxThread, theDefaultBodyWaitsToBeStopped)

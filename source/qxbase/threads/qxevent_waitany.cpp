@@ -6,43 +6,11 @@
 #include "qxthread.h"
 #include "qxtime.h"
 
+#include "platform/qxplatformthreadlife.h"
+
 #include <algorithm>
 #include <atomic>
-#include <list>
 #include <memory>
-#include <mutex>
-#include <system_error>
-#include <thread>
-
-/// Waits for one event on behalf of a thread that waits for several.
-class qxEventWaiter
-{
-public:
-    qxEventWaiter(qxEvent* event, unsigned int timeout) : m_event(event), m_timeout(timeout) {}
-
-    /// The body of the waiter's thread.
-    void process()
-    {
-        m_event->waitLock();
-        m_isStarted = true; // from here on a fire of somebody who takes the event's lock is seen
-        if (m_event->waitUnlessStopped(m_timeout, m_isStopping)) m_isWoken = true;
-        m_event = nullptr;
-        m_isDone = true;
-    }
-
-    void stop() { m_isStopping = true; }
-    bool isStarted() const { return m_isStarted; }
-    bool isWoken() const { return m_isWoken; }
-    bool isDone() const { return m_isDone; }
-
-private:
-    qxRefPointer<qxEvent> m_event; // let go by the waiter's own thread at its end
-    const unsigned int m_timeout;
-    std::atomic<bool> m_isStarted{false};
-    std::atomic<bool> m_isStopping{false};
-    std::atomic<bool> m_isWoken{false};
-    std::atomic<bool> m_isDone{false};
-};
 
 namespace
 {
@@ -51,64 +19,73 @@ constexpr unsigned int START_PATIENCE = 50; // milliseconds for all waiters to s
 constexpr unsigned int PASSES_WITHOUT_A_SLEEP = 100;
 constexpr unsigned int UNLOAD_PATIENCE = 100; // milliseconds
 
-struct Waiting {
-    qxEvent* event;
-    std::shared_ptr<qxEventWaiter> waiter; // shared with its thread
-    std::thread thread;
-};
+std::atomic<unsigned int> s_waiters{0}; // that are there, in all calls
 
-// The waiters of calls that have returned. Such a call does not wait for them: they go within 10 milliseconds
-// and are joined by a later call or, so that none runs in code that is not there any more, at unload.
-class Leftovers
-{
-public:
-    static Leftovers& get()
-    {
-        static Leftovers* const leftovers = new Leftovers; // never destroyed: calls may outlast the statics
-        return *leftovers;
-    }
-
-    void take(std::list<Waiting>& waitings) noexcept
-    {
-        const std::lock_guard<std::mutex> guard(m_lock);
-        joinDone();
-        m_waitings.splice(m_waitings.end(), waitings);
-    }
-
-    void goDown()
-    {
-        for (unsigned int i = 0; i < UNLOAD_PATIENCE && !isEmpty(); ++i) qxThread::qxDelayFunction(1);
-        const std::lock_guard<std::mutex> guard(m_lock);
-        for (Waiting& waiting : m_waitings) waiting.thread.detach(); // stuck: somebody holds the event's lock
-        m_waitings.clear();
-    }
-
-private:
-    bool isEmpty()
-    {
-        const std::lock_guard<std::mutex> guard(m_lock);
-        joinDone();
-        return m_waitings.empty();
-    }
-
-    void joinDone()
-    {
-        m_waitings.remove_if([](Waiting& waiting) {
-            if (!waiting.waiter->isDone()) return false;
-            waiting.thread.join();
-            return true;
-        });
-    }
-
-    std::mutex m_lock;
-    std::list<Waiting> m_waitings;
-};
-
+// Waiters run a little longer than the call that they are for. None may run in code that is not there any more.
 struct Unload {
-    ~Unload() { Leftovers::get().goDown(); }
+    ~Unload()
+    {
+        for (unsigned int i = 0; i < UNLOAD_PATIENCE && s_waiters != 0; ++i) qxThread::qxDelayFunction(1);
+        qxPlatformThreadAwaitClosed();
+    }
 };
 
 const Unload s_unload;
+
+} // namespace
+
+/// Waits for one event on behalf of a thread that waits for several. Runs, and holds itself, until the call is over: so
+/// the last to let go of it is its own thread, and the caller need not wait for that.
+class qxEventWaiter final : public qxThread, public qxThreadSafeReference
+{
+public:
+    using CallEnd = std::shared_ptr<std::atomic<bool>>; // true once the call is over
+
+    qxEventWaiter(qxEvent* event, unsigned int timeout, CallEnd end)
+        : m_event(event), m_timeout(timeout), m_end(std::move(end))
+    {
+        ++s_waiters;
+    }
+    ~qxEventWaiter() noexcept(false) override
+    {
+        qxThread::stop(1);
+        --s_waiters;
+    }
+
+    /// False, and the caller holds it alone, when the system has no thread left.
+    bool start()
+    {
+        ref();
+        run(0);
+        if (getThreadInfo().threadHandle) return true;
+        unrefNoDelete();
+        return false;
+    }
+
+    qxEvent* getEvent() const { return m_event.get(); }
+    bool isStarted() const { return m_isStarted; }
+    bool isWoken() const { return m_isWoken; }
+
+protected:
+    void process() override
+    {
+        m_event->waitLock();
+        m_isStarted = true; // from here on a fire of somebody who takes the event's lock is seen
+        if (m_event->waitUnlessStopped(m_timeout, *m_end)) m_isWoken = true;
+        while (!*m_end) qxDelayFunction(1); // the caller is about to look
+        unref();
+    }
+
+private:
+    const qxRefPointer<qxEvent> m_event;
+    const unsigned int m_timeout;
+    const CallEnd m_end;
+    std::atomic<bool> m_isStarted{false};
+    std::atomic<bool> m_isWoken{false};
+};
+
+namespace
+{
 
 // The waiters of one call.
 class Waiters
@@ -120,20 +97,15 @@ public:
 
     ~Waiters()
     {
-        for (Waiting& waiting : m_waitings) waiting.waiter->stop();
-        Leftovers::get().take(m_waitings);
+        m_waiters.clear();
+        *m_end = true;
     }
 
     // When the system has no thread left the event is not waited for.
     void start(qxEvent* event, unsigned int timeout)
     {
-        const auto waiter = std::make_shared<qxEventWaiter>(event, timeout);
-        m_waitings.push_back({event, waiter, std::thread()});
-        try {
-            m_waitings.back().thread = std::thread([waiter] { waiter->process(); });
-        } catch (const std::system_error&) {
-            m_waitings.pop_back();
-        }
+        const qxRefPointer<qxEventWaiter> waiter(new qxEventWaiter(event, timeout, m_end));
+        if (waiter->start()) m_waiters.insert(waiter.get());
     }
 
     // Gives the waiters the time to fall asleep: what fires before is lost.
@@ -141,8 +113,8 @@ public:
     {
         for (unsigned int i = 0; i < START_PATIENCE; ++i) {
             const bool areStarted =
-                std::all_of(m_waitings.begin(), m_waitings.end(),
-                            [](const Waiting& waiting) { return waiting.waiter->isStarted(); });
+                std::all_of(m_waiters.begin(), m_waiters.end(),
+                            [](const qxEventWaiter* waiter) { return waiter->isStarted(); });
             if (areStarted) return;
             qxThread::qxDelayFunction(1);
         }
@@ -150,17 +122,18 @@ public:
 
     qxEvent* findWoken() const
     {
-        for (const Waiting& waiting : m_waitings) {
-            if (waiting.waiter->isWoken()) return waiting.event;
+        for (const qxEventWaiter* const waiter : m_waiters) {
+            if (waiter->isWoken()) return waiter->getEvent();
             qxThread::qxDelayFunction(0);
         }
         return nullptr;
     }
 
-    bool isEmpty() const { return m_waitings.empty(); }
+    bool isEmpty() const { return m_waiters.entries() == 0; }
 
 private:
-    std::list<Waiting> m_waitings;
+    const qxEventWaiter::CallEnd m_end = std::make_shared<std::atomic<bool>>(false);
+    qxRefList<qxEventWaiter> m_waiters;
 };
 
 } // namespace

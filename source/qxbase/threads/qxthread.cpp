@@ -93,7 +93,7 @@ public:
         try {
             delete &m_thread;
         } catch (const qxBaseError& error) { // destructors of counted objects may raise
-            qxDefaultReport(error);
+            report(error);
         }
     }
     Entry(const Entry&) = delete;
@@ -108,7 +108,7 @@ private:
         m_thread.m_isBodyOver = true;
         return m_thread.m_isAutoDelete != 0;
     }
-    static void qxDefaultReport(const qxBaseError& error)
+    static void report(const qxBaseError& error)
     {
         try {
             error.reportError();

@@ -2,9 +2,9 @@
 
 #include "qxbench.h"
 
+#include "qxevent.h"
 #include "qxthread.h"
 
-#include <atomic>
 #include <thread>
 
 namespace
@@ -12,34 +12,48 @@ namespace
 
 constexpr unsigned int TIMES = 200;
 
-std::atomic<std::uint64_t> s_count;
-
+// Its end is awaited asleep, as a join does. The next run joins the thread of the one before.
 class Counting : public qxThread
 {
 public:
     ~Counting() noexcept(false) override { stop(1); }
 
+    void runToItsEnd()
+    {
+        m_end.waitLock();
+        run(0);
+        m_end.wait(0xFFFFFFFF, 1);
+        while (isRunning(0)) qxDelayFunction(0); // it is on its last steps
+    }
+
+    std::uint64_t count = 0;
+
 protected:
-    void process() override { ++s_count; }
+    void process() override
+    {
+        ++count;
+        m_end.waitLock(); // the other one sleeps
+        m_end.unLock();
+        m_end.fire();
+    }
+
+private:
+    qxEvent m_end;
 };
 
-// The next run joins the thread of the one before.
 std::uint64_t runOurs()
 {
     static Counting thread;
-    s_count = 0;
-    for (unsigned int i = 0; i < TIMES; ++i) {
-        thread.run(0);
-        while (thread.isRunning(0)) qxThread::qxDelayFunction(0);
-    }
-    return s_count;
+    thread.count = 0;
+    for (unsigned int i = 0; i < TIMES; ++i) thread.runToItsEnd();
+    return thread.count;
 }
 
 std::uint64_t runTheirs()
 {
-    s_count = 0;
-    for (unsigned int i = 0; i < TIMES; ++i) std::thread([] { ++s_count; }).join();
-    return s_count;
+    std::uint64_t count = 0;
+    for (unsigned int i = 0; i < TIMES; ++i) std::thread([&count] { ++count; }).join();
+    return count;
 }
 
 void startAndJoin(qxBenchCase& work)
@@ -49,27 +63,5 @@ void startAndJoin(qxBenchCase& work)
     work.add("std::thread", runTheirs);
 }
 const qxBenchEntry START_AND_JOIN("thread/start-and-join", QX_BENCH_NANOSECONDS, startAndJoin);
-
-std::uint64_t numberOurs()
-{
-    std::uint64_t sum = 0;
-    for (unsigned int i = 0; i < TIMES; ++i) sum += qxThread::getThreadEnum(0) < 10000;
-    return sum;
-}
-
-std::uint64_t numberTheirs()
-{
-    std::uint64_t sum = 0;
-    for (unsigned int i = 0; i < TIMES; ++i) sum += std::this_thread::get_id() != std::thread::id();
-    return sum;
-}
-
-void ownNumber(qxBenchCase& work)
-{
-    work.amount = TIMES;
-    work.add("qxbase", numberOurs);
-    work.add("std::this_thread::get_id", numberTheirs);
-}
-const qxBenchEntry OWN_NUMBER("thread/own-number", QX_BENCH_NANOSECONDS, ownNumber);
 
 } // namespace

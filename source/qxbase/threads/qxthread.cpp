@@ -381,7 +381,8 @@ void qxThread::setWorking(bool on)
 void qxThread::applyPriority()
 {
     if (!m_thread || !m_isRunning || m_priority > QX_THREAD_HIGHEST || !qxAreThreadPrioritiesUsed()) return;
-    qxPlatformThreadSetPriority(*m_thread, static_cast<int>(m_priority) - QX_THREAD_NORMAL);
+    const int steps = static_cast<int>(m_priority) - static_cast<int>(QX_THREAD_NORMAL);
+    qxPlatformThreadSetPriority(*m_thread, steps);
 }
 
 void qxThread::closeThread()

@@ -17,8 +17,8 @@ std::pair<Messages, Messages> messagesOf(const std::function<void(TestThread&)>&
 {
     const auto record = [&](bool isChained) {
         const MessageRecorder recorder;
+        const unsigned int working = settledWorkingCount();
         TestThread thread(body);
-        const unsigned int working = qxThread::getWorkingCount();
         isChained ? thread.chain() : thread.run(0);
         thread.awaitEnd();
         EXPECT_EQ(qxThread::getWorkingCount(), working);
@@ -111,7 +111,7 @@ TEST(qxThreadBody, autoDeleteDeletesTheObjectAtTheEnd)
 
 TEST(qxThreadBody, mayDeleteItsObject)
 {
-    const unsigned int working = qxThread::getWorkingCount();
+    const unsigned int working = settledWorkingCount();
     for (const bool isChained : {false, true}) {
         const MessageRecorder recorder;
         const auto isReported = [&recorder] {

@@ -21,7 +21,7 @@ void sleepForEver(TestThread&)
 
 TEST(qxThreadKill, endsABodyThatNeverLooks)
 {
-    const unsigned int working = qxThread::getWorkingCount();
+    const unsigned int working = settledWorkingCount();
     std::atomic<unsigned int> number{10000};
     TestThread thread([&](TestThread& self) {
         number = qxThread::getThreadEnum(0);
@@ -70,7 +70,7 @@ TEST(qxThreadKillBusy, endsABodyThatNeverSleeps)
 
 TEST(qxThreadKill, aBodyMayEndItselfAndRunAgain)
 {
-    const unsigned int working = qxThread::getWorkingCount();
+    const unsigned int working = settledWorkingCount();
     std::atomic<int> runs{0};
     std::atomic<int> ends{0};
     TestThread thread([&](TestThread& self) {

@@ -185,7 +185,7 @@ TEST(qxThread, theDefaultBodyWaitsToBeStopped)
 
 TEST(qxThread, countsWorkingThreads)
 {
-    const unsigned int before = qxThread::getWorkingCount();
+    const unsigned int before = settledWorkingCount();
     TestThread thread([&](TestThread& self) {
         EXPECT_EQ(qxThread::getWorkingCount(), before + 1);
         for (const bool on : {true, false, false, true, true, false}) {

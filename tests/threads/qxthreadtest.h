@@ -47,3 +47,10 @@ bool comesTrue(Condition&& condition)
     }
     return false;
 }
+
+/// How many threads work, once those that earlier tests have left on their last steps are gone.
+inline unsigned int settledWorkingCount()
+{
+    comesTrue([] { return qxThread::getWorkingCount() == 0; });
+    return qxThread::getWorkingCount();
+}

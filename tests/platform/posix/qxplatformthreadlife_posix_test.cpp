@@ -153,7 +153,6 @@ TEST(qxPlatformThreadLife, setsTheNiceness)
     errno = 0;
     const int before = getpriority(PRIO_PROCESS, 0);
     if (errno != 0 || before > 5) GTEST_SKIP() << "this process is nice itself";
-    std::atomic<int> steps{0};
     std::atomic<bool> mayEnd{false};
     const Body body = [&] {
         while (!mayEnd) qxPlatformYield();

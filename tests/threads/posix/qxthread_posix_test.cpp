@@ -48,7 +48,7 @@ TEST(qxThreadPosix, aStartThatFailsIsFoundOutLater)
 TEST(qxThreadPosix, aBodyMayLeaveByTheSystemsOwnExit)
 {
     const MessageRecorder recorder;
-    const unsigned int working = qxThread::getWorkingCount();
+    const unsigned int working = settledWorkingCount();
     std::atomic<bool> isUnwound{false};
     TestThread thread([&](TestThread&) {
         struct Guard {

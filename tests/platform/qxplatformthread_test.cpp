@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <set>
 
 namespace
@@ -16,10 +15,10 @@ TEST(qxPlatformThread, livingThreadsHaveDifferentIdsThatStay)
 {
     constexpr unsigned int COUNT = 8;
     unsigned int ids[COUNT + 1] = {};
-    std::latch allAlive(COUNT);
+    TestLatch allAlive(COUNT);
     onThreads(COUNT, [&](unsigned int i) {
         ids[i] = qxPlatformThreadId();
-        allAlive.arrive_and_wait();
+        allAlive.countDownAndWait();
         EXPECT_EQ(qxPlatformThreadId(), ids[i]);
     });
     ids[COUNT] = qxPlatformThreadId();

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <future>
+#include <mutex>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -32,6 +34,36 @@ void onThreads(unsigned int count, Body&& body)
     }
     for (std::thread& thread : threads) thread.join();
 }
+
+/// Counts down to 0 once, and lets threads wait for that. std::latch misses wakes on some systems.
+class TestLatch
+{
+public:
+    explicit TestLatch(unsigned int count) : m_count(count) {}
+
+    void countDown()
+    {
+        const std::lock_guard guard(m_lock);
+        if (--m_count == 0) m_isThere.notify_all();
+    }
+
+    void wait()
+    {
+        std::unique_lock guard(m_lock);
+        m_isThere.wait(guard, [this] { return m_count == 0; });
+    }
+
+    void countDownAndWait()
+    {
+        countDown();
+        wait();
+    }
+
+private:
+    std::mutex m_lock; // guards the count
+    std::condition_variable m_isThere;
+    unsigned int m_count;
+};
 
 /// Runs `body` and returns the seconds that it took.
 template <typename Body>

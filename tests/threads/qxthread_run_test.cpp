@@ -5,7 +5,6 @@
 #include "qxguard.h"
 
 #include <atomic>
-#include <latch>
 
 namespace
 {
@@ -67,7 +66,7 @@ TEST(qxThread, stoppingAnIdleOneTakesAMillisecond)
 TEST(qxThread, aRunningOneIsNotStartedTwice)
 {
     std::atomic<int> starts{0};
-    std::latch mayEnd(1);
+    TestLatch mayEnd(1);
     TestThread thread([&](TestThread&) {
         ++starts;
         mayEnd.wait();
@@ -79,7 +78,7 @@ TEST(qxThread, aRunningOneIsNotStartedTwice)
     EXPECT_EQ(thread.run(0), 1);
     EXPECT_EQ(thread.chain(), 0);
     EXPECT_EQ(thread.getThreadInfo().threadId, id);
-    mayEnd.count_down();
+    mayEnd.countDown();
     thread.stop(1);
     EXPECT_EQ(starts, 1);
 }

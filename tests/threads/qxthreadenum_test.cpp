@@ -5,7 +5,6 @@
 #include "qxtestsupport.h"
 
 #include <cstdlib>
-#include <latch>
 #include <set>
 
 namespace
@@ -18,11 +17,11 @@ TEST(qxThreadEnum, livingThreadsHaveDifferentNumbersThatStay)
 {
     constexpr unsigned int COUNT = 8;
     unsigned int numbers[COUNT] = {};
-    std::latch allAlive(COUNT);
+    TestLatch allAlive(COUNT);
     onThreads(COUNT, [&](unsigned int i) {
         numbers[i] = qxThread::getThreadEnum(0);
         EXPECT_LT(numbers[i], SLOTS);
-        allAlive.arrive_and_wait();
+        allAlive.countDownAndWait();
         EXPECT_EQ(qxThread::getThreadEnum(0), numbers[i]);
         EXPECT_EQ(qxThread::getThreadEnum(qxThread::getThreadID()), numbers[i]);
         EXPECT_EQ(onAnotherThread([id = qxThread::getThreadID()] { return qxThread::getThreadEnum(id); }),
@@ -70,9 +69,9 @@ TEST(qxThreadEnum, threadsThatAskForTheSameOneAtOnceAgree)
 {
     constexpr unsigned int COUNT = 4;
     unsigned int numbers[COUNT] = {};
-    std::latch allReady(COUNT);
+    TestLatch allReady(COUNT);
     onThreads(COUNT, [&](unsigned int i) {
-        allReady.arrive_and_wait();
+        allReady.countDownAndWait();
         numbers[i] = qxThread::getThreadEnum(NO_SYSTEM_ID + 17);
     });
     EXPECT_EQ(std::set<unsigned int>(numbers, numbers + COUNT).size(), 1U);

@@ -38,7 +38,7 @@ TEST(qxThreadKill, endsABodyThatNeverLooks)
     EXPECT_EQ(thread.isRunning(0), 0);
     EXPECT_EQ(thread.isStopping(0), 1);
     EXPECT_EQ(qxThread::getWorkingCount(), working);
-    EXPECT_EQ(qxThread::getThreadEnum(number + 3000000000), number); // it is free again
+    EXPECT_EQ(qxThread::getThreadEnum(freshId(number)), number); // it is free again
     thread.stop(1);
     thread.kill(); // nobody is there
 }

@@ -54,3 +54,10 @@ inline unsigned int settledWorkingCount()
     comesTrue([] { return qxThread::getWorkingCount() == 0; });
     return qxThread::getWorkingCount();
 }
+
+/// Of no thread, asked for by nobody so far, and looking for its number from `number` on.
+inline unsigned int freshId(unsigned int number)
+{
+    static unsigned int s_next = 3500000000; // no system numbers its threads from here on
+    return (s_next += 10000) + number;
+}

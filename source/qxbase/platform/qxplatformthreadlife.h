@@ -29,7 +29,8 @@ void qxPlatformThreadClose(qxPlatformThread* thread);
 /// Ends another thread wherever it is, but not between qxPlatformEnterNotNow and the leave, and without running anything
 /// more of it: what it holds stays held. The exit code is 0xFFFFFFFF where there is one.
 ///
-/// `qxPlatformThreadAwaitEnd` returns when the thread is gone.
+/// `qxPlatformThreadAwaitEnd` returns when the thread is gone; until then it may still be there, and wait for what the caller
+/// holds.
 void qxPlatformThreadEnd(qxPlatformThread& thread);
 void qxPlatformThreadAwaitEnd(qxPlatformThread& thread);
 

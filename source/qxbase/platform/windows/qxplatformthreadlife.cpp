@@ -38,16 +38,14 @@ unsigned int __stdcall runThread(void* argument)
 }
 
 // Suspends the thread and ends it if it may be ended there; else it goes on.
-bool tryEnd(const qxPlatformThread& thread)
+void tryEnd(const qxPlatformThread& thread)
 {
-    if (SuspendThread(thread.handle) == static_cast<DWORD>(-1)) return false;
+    if (SuspendThread(thread.handle) == static_cast<DWORD>(-1)) return;
     CONTEXT context{};
     context.ContextFlags = CONTEXT_CONTROL;
     GetThreadContext(thread.handle, &context); // it stands still only when this has returned
-    const bool isNow = thread.ending.notNow.load() == 0;
-    if (isNow) TerminateThread(thread.handle, 0xFFFFFFFF);
+    if (thread.ending.notNow.load() == 0) TerminateThread(thread.handle, 0xFFFFFFFF);
     ResumeThread(thread.handle);
-    return isNow;
 }
 
 } // namespace
@@ -104,14 +102,13 @@ void qxPlatformThreadClose(qxPlatformThread* thread)
 void qxPlatformThreadEnd(qxPlatformThread& thread)
 {
     thread.ending.isWanted.store(true);
-    while (!tryEnd(thread)) {
-        if (WaitForSingleObject(thread.handle, RETRY_MILLISECONDS) != WAIT_TIMEOUT) return;
-    }
+    tryEnd(thread);
 }
 
 void qxPlatformThreadAwaitEnd(qxPlatformThread& thread)
 {
-    WaitForSingleObject(thread.handle, INFINITE);
+    const DWORD period = thread.ending.isWanted.load() ? RETRY_MILLISECONDS : INFINITE;
+    while (WaitForSingleObject(thread.handle, period) == WAIT_TIMEOUT) tryEnd(thread);
 }
 
 void qxPlatformThreadEndSelf()

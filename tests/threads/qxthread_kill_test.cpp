@@ -21,111 +21,121 @@ void sleepForEver(TestThread&)
 
 TEST(qxThreadKill, endsABodyThatNeverLooks)
 {
-    const unsigned int working = settledWorkingCount();
-    std::atomic<unsigned int> number{10000};
-    TestThread thread([&](TestThread& self) {
-        number = qxThread::getThreadEnum(0);
-        try {
-            sleepForEver(self);
-        } catch (...) { // nothing gets this far
-        }
+    inOwnProcess([] {
+        const unsigned int working = settledWorkingCount();
+        std::atomic<unsigned int> number{10000};
+        TestThread thread([&](TestThread& self) {
+            number = qxThread::getThreadEnum(0);
+            try {
+                sleepForEver(self);
+            } catch (...) { // nothing gets this far
+            }
+        });
+        thread.run(1);
+        ASSERT_TRUE(comesTrue([&] { return number != 10000; }));
+
+        thread.kill();
+
+        EXPECT_EQ(thread.isRunning(0), 0);
+        EXPECT_EQ(thread.isStopping(0), 1);
+        EXPECT_EQ(qxThread::getWorkingCount(), working);
+        EXPECT_EQ(qxThread::getThreadEnum(freshId(number)), number); // it is free again
+        thread.stop(1);
+        thread.kill(); // nobody is there
     });
-    thread.run(1);
-    ASSERT_TRUE(comesTrue([&] { return number != 10000; }));
-
-    thread.kill();
-
-    EXPECT_EQ(thread.isRunning(0), 0);
-    EXPECT_EQ(thread.isStopping(0), 1);
-    EXPECT_EQ(qxThread::getWorkingCount(), working);
-    EXPECT_EQ(qxThread::getThreadEnum(freshId(number)), number); // it is free again
-    thread.stop(1);
-    thread.kill(); // nobody is there
 }
 
 // Loops without a sleep, the first one without a single call: only the system can end them.
 TEST(qxThreadKillBusy, endsABodyThatNeverSleeps)
 {
-    std::atomic<unsigned long> rounds{0};
-    const std::function<void(TestThread&)> bodies[] = {
-        [&](TestThread&) {
-            for (;;) rounds.fetch_add(1, std::memory_order_relaxed);
-        },
-        [&](TestThread& self) {
-            for (;; ++rounds) self.isStopping(1);
-        },
-    };
-    for (const auto& body : bodies) {
-        rounds = 0;
-        TestThread thread(body);
-        thread.run(1);
-        ASSERT_TRUE(comesTrue([&] { return rounds != 0; }));
+    inOwnProcess([] {
+        std::atomic<unsigned long> rounds{0};
+        const std::function<void(TestThread&)> bodies[] = {
+            [&](TestThread&) {
+                for (;;) rounds.fetch_add(1, std::memory_order_relaxed);
+            },
+            [&](TestThread& self) {
+                for (;; ++rounds) self.isStopping(1);
+            },
+        };
+        for (const auto& body : bodies) {
+            rounds = 0;
+            TestThread thread(body);
+            thread.run(1);
+            ASSERT_TRUE(comesTrue([&] { return rounds != 0; }));
 
-        thread.kill();
-        const unsigned long atTheEnd = rounds;
-        qxThread::qxDelayFunction(5);
-        EXPECT_EQ(rounds, atTheEnd);
-    }
+            thread.kill();
+            const unsigned long atTheEnd = rounds;
+            qxThread::qxDelayFunction(5);
+            EXPECT_EQ(rounds, atTheEnd);
+        }
+    });
 }
 
 TEST(qxThreadKill, aBodyMayEndItselfAndRunAgain)
 {
-    const unsigned int working = settledWorkingCount();
-    std::atomic<int> runs{0};
-    std::atomic<int> ends{0};
-    TestThread thread([&](TestThread& self) {
-        if (++runs == 1) self.kill();
-        ++ends;
-    });
-    thread.run(0);
-    thread.awaitEnd();
-    EXPECT_EQ(thread.isStopping(0), 1);
-    EXPECT_EQ(qxThread::getWorkingCount(), working);
-    thread.stop(1);
-    EXPECT_EQ(ends, 0);
+    inOwnProcess([] {
+        const unsigned int working = settledWorkingCount();
+        std::atomic<int> runs{0};
+        std::atomic<int> ends{0};
+        TestThread thread([&](TestThread& self) {
+            if (++runs == 1) self.kill();
+            ++ends;
+        });
+        thread.run(0);
+        thread.awaitEnd();
+        EXPECT_EQ(thread.isStopping(0), 1);
+        EXPECT_EQ(qxThread::getWorkingCount(), working);
+        thread.stop(1);
+        EXPECT_EQ(ends, 0);
 
-    thread.run(0);
-    thread.awaitEnd();
-    EXPECT_EQ(runs, 2);
-    EXPECT_EQ(ends, 1);
+        thread.run(0);
+        thread.awaitEnd();
+        EXPECT_EQ(runs, 2);
+        EXPECT_EQ(ends, 1);
+    });
 }
 
 TEST(qxThreadKill, leavesAMessageAndTheHeapInOrder)
 {
-    const MessageRecorder recorder;
-    std::atomic<unsigned int> rounds{0};
-    TestThread thread([&](TestThread&) {
-        for (;; ++rounds) {
-            qx_free(qx_malloc(rounds % 2000));
-            qxMessage::message(QX_LEVEL_WARNING, "round %d", rounds.load());
-        }
-    });
-    thread.run(1);
-    ASSERT_TRUE(comesTrue([&] { return rounds > 10; }));
-    thread.kill();
+    inOwnProcess([] {
+        const MessageRecorder recorder;
+        std::atomic<unsigned int> rounds{0};
+        TestThread thread([&](TestThread&) {
+            for (;; ++rounds) {
+                qx_free(qx_malloc(rounds % 2000));
+                qxMessage::message(QX_LEVEL_WARNING, "round %d", rounds.load());
+            }
+        });
+        thread.run(1);
+        ASSERT_TRUE(comesTrue([&] { return rounds > 10; }));
+        thread.kill();
 
-    qxMessage::message(QX_LEVEL_WARNING, "the last");
-    EXPECT_EQ(recorder.texts().back(), "the last");
-    EXPECT_NE(onAnotherThread([] {
-                  void* const memory = qx_malloc(100000);
-                  qx_free(memory);
-                  return memory;
-              }),
-              nullptr);
+        qxMessage::message(QX_LEVEL_WARNING, "the last");
+        EXPECT_EQ(recorder.texts().back(), "the last");
+        EXPECT_NE(onAnotherThread([] {
+                      void* const memory = qx_malloc(100000);
+                      qx_free(memory);
+                      return memory;
+                  }),
+                  nullptr);
+    });
 }
 
 TEST(qxThreadKill, leavesTheLockOfAnEventToOthers)
 {
-    qxEvent event;
-    TestThread thread([&](TestThread& self) {
-        event.wait(1, 0);
-        sleepForEver(self);
+    inOwnProcess([] {
+        qxEvent event;
+        TestThread thread([&](TestThread& self) {
+            event.wait(1, 0);
+            sleepForEver(self);
+        });
+        thread.run(1);
+        qxThread::qxDelayFunction(3);
+        thread.kill();
+        EXPECT_EQ(event.tryLock(), 1);
+        event.unLock();
     });
-    thread.run(1);
-    qxThread::qxDelayFunction(3);
-    thread.kill();
-    EXPECT_EQ(event.tryLock(), 1);
-    event.unLock();
 }
 
 class Watched : public testing::TestWithParam<int>
@@ -151,13 +161,15 @@ protected:
 
 TEST_P(Watched, endsABodyThatIsLate)
 {
-    TestThread thread(sleepForEver);
-    thread.setTickLimit(0.02);
-    thread.run(1);
-    qxThread::qxDelayFunction(40);
+    inOwnProcess([this] {
+        TestThread thread(sleepForEver);
+        thread.setTickLimit(0.02);
+        thread.run(1);
+        qxThread::qxDelayFunction(40);
 
-    ask(thread);
-    EXPECT_EQ(thread.isRunning(0), 0);
+        ask(thread);
+        EXPECT_EQ(thread.isRunning(0), 0);
+    });
 }
 
 INSTANTIATE_TEST_SUITE_P(qxThreadKill, Watched, testing::Range(0, 4));

@@ -7,6 +7,7 @@
 
 #include "qxtestsupport.h"
 
+#include <cstdlib>
 #include <functional>
 #include <utility>
 
@@ -60,4 +61,17 @@ inline unsigned int freshId(unsigned int number)
 {
     static unsigned int s_next = 3500000000; // no system numbers its threads from here on
     return (s_next += 10000) + number;
+}
+
+/// Runs `body`, which may use expectations, in a process of its own that ends without looking for lost memory: a thread
+/// that was ended from outside keeps what it has taken.
+template <typename Body>
+void inOwnProcess(Body&& body)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto run = [&body] {
+        body();
+        std::_Exit(testing::Test::HasFailure() ? 1 : 0);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }

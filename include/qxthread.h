@@ -70,9 +70,8 @@ public:
     /// other locks that the body holds stay held, also those inside the C library, and its memory stays taken. The object
     /// stays, also with auto delete. A body that blocks all signals is ended when it lets them in again.
     ///
-    /// A thread that calls this itself does not return from it, unless it is inside a message, and ends after that then.
-    ///
-    /// Must not be called with the message lock held.
+    /// A thread that calls this itself does not return from it, unless it is inside a message: then it ends after that.
+    /// Others must not call this with the message lock held.
     void kill();
 
     /// Whether the body runs. With `tick` as tickAlive besides. A thread that the system has ended is not running.

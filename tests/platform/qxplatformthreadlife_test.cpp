@@ -25,27 +25,6 @@ qxPlatformThread* start(const Body& body)
     return qxPlatformThreadStart(&callBody, const_cast<Body*>(&body));
 }
 
-TEST(qxPlatformThreadLife, aThreadIsKnownByItsNumberFromTheStart)
-{
-    unsigned int id = 0;
-    std::atomic<bool> mayEnd{false};
-    const Body body = [&] {
-        id = qxPlatformThreadId();
-        while (!mayEnd) qxPlatformYield();
-    };
-    qxPlatformThread* const thread = start(body);
-    ASSERT_TRUE(thread);
-    const unsigned int told = qxPlatformThreadIdOf(*thread);
-    EXPECT_TRUE(qxPlatformThreadIsActive(*thread));
-    EXPECT_FALSE(qxPlatformThreadIsSelf(*thread));
-    EXPECT_TRUE(qxPlatformThreadHandleOf(*thread));
-    mayEnd = true;
-    qxPlatformThreadAwaitEnd(*thread);
-    EXPECT_FALSE(qxPlatformThreadIsActive(*thread));
-    qxPlatformThreadClose(thread);
-    EXPECT_EQ(told, id);
-}
-
 TEST(qxPlatformThreadLife, aThreadMayLetGoOfItself)
 {
     constexpr unsigned int COUNT = 50;

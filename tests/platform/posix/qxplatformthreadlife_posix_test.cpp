@@ -12,9 +12,6 @@
 
 #include <pthread.h>
 #include <signal.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace
 {
@@ -127,49 +124,6 @@ TEST(qxPlatformThreadLife, strangersMaySendTheSignal)
     ASSERT_TRUE(thread);
     qxPlatformThreadClose(thread);
     raise(SIGRTMAX);
-}
-
-TEST(qxPlatformThreadLife, passesTheSystemsUnwinding)
-{
-    std::atomic<bool> isUnwound{false};
-    const Body body = [&] {
-        struct Guard {
-            std::atomic<bool>& isUnwound;
-            ~Guard() { isUnwound = true; }
-        };
-        const Guard guard{isUnwound};
-        pthread_exit(nullptr);
-    };
-    qxPlatformThread* const thread = start(body);
-    ASSERT_TRUE(thread);
-    qxPlatformThreadAwaitEnd(*thread);
-    EXPECT_FALSE(qxPlatformThreadIsActive(*thread));
-    qxPlatformThreadClose(thread);
-    EXPECT_TRUE(isUnwound);
-}
-
-TEST(qxPlatformThreadLife, setsTheNiceness)
-{
-    errno = 0;
-    const int before = getpriority(PRIO_PROCESS, 0);
-    if (errno != 0 || before > 5) GTEST_SKIP() << "this process is nice itself";
-    std::atomic<bool> mayEnd{false};
-    const Body body = [&] {
-        while (!mayEnd) qxPlatformYield();
-    };
-    qxPlatformThread* const thread = start(body);
-    ASSERT_TRUE(thread);
-    const unsigned int id = qxPlatformThreadIdOf(*thread);
-    for (const int priority : {-1, -2}) { // each is nicer than the one before, which is always allowed
-        qxPlatformThreadSetPriority(*thread, priority);
-        EXPECT_EQ(getpriority(PRIO_PROCESS, id), -5 * priority);
-    }
-    qxPlatformThreadSetPriority(*thread, 2); // allowed or not
-    const int raised = getpriority(PRIO_PROCESS, id);
-    EXPECT_TRUE(raised == 10 || raised == -10) << raised;
-    EXPECT_EQ(getpriority(PRIO_PROCESS, 0), before);
-    mayEnd = true;
-    qxPlatformThreadClose(thread);
 }
 
 } // namespace

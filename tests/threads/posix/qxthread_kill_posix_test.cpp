@@ -37,4 +37,41 @@ TEST(qxThreadKill, manyEndedThreadsLeaveTheProcessInOrder)
     });
 }
 
+class EndingReceiver final : public qxMessageReceiverInterface
+{
+public:
+    explicit EndingReceiver(qxThread& thread) : m_thread(thread) { qxMessage::addMessageReceiver(this); }
+    ~EndingReceiver() override { qxMessage::removeMessageReceiver(this); }
+
+    void onMessage(const qxString&, qxMessageLevel, const char*) override
+    {
+        m_thread.kill();
+        isReached = true;
+    }
+
+    std::atomic<bool> isReached{false};
+
+private:
+    qxThread& m_thread;
+};
+
+TEST(qxThreadKill, insideAMessageAThreadEndsItselfAfterThat)
+{
+    std::atomic<int> behind{0};
+    TestThread thread([&](TestThread&) {
+        qxMessage::message(QX_LEVEL_WARNING, "the end");
+        ++behind;
+    });
+    {
+        const EndingReceiver receiver(thread);
+        thread.run(1);
+        EXPECT_TRUE(comesTrue([&] { return receiver.isReached && !thread.isRunning(0); }));
+    }
+    const MessageRecorder recorder;
+    thread.run(0); // joins the thread of before
+    thread.awaitEnd();
+    EXPECT_EQ(behind, 1);
+    EXPECT_EQ(recorder.texts(), std::vector<std::string>{"the end"});
+}
+
 } // namespace

@@ -161,7 +161,7 @@ protected:
 
 TEST_P(Watched, endsABodyThatIsLate)
 {
-    inOwnProcess([this] {
+    inOwnProcess([] {
         TestThread thread(sleepForEver);
         thread.setTickLimit(0.02);
         thread.run(1);

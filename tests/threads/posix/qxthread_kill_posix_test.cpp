@@ -57,21 +57,23 @@ private:
 
 TEST(qxThreadKill, insideAMessageAThreadEndsItselfAfterThat)
 {
-    std::atomic<int> behind{0};
-    TestThread thread([&](TestThread&) {
-        qxMessage::message(QX_LEVEL_WARNING, "the end");
-        ++behind;
+    inOwnProcess([] {
+        std::atomic<int> behind{0};
+        TestThread thread([&](TestThread&) {
+            qxMessage::message(QX_LEVEL_WARNING, "the end");
+            ++behind;
+        });
+        {
+            const EndingReceiver receiver(thread);
+            thread.run(1);
+            EXPECT_TRUE(comesTrue([&] { return receiver.isReached && !thread.isRunning(0); }));
+        }
+        const MessageRecorder recorder;
+        thread.run(0); // joins the thread of before
+        thread.awaitEnd();
+        EXPECT_EQ(behind, 1);
+        EXPECT_EQ(recorder.texts(), std::vector<std::string>{"the end"});
     });
-    {
-        const EndingReceiver receiver(thread);
-        thread.run(1);
-        EXPECT_TRUE(comesTrue([&] { return receiver.isReached && !thread.isRunning(0); }));
-    }
-    const MessageRecorder recorder;
-    thread.run(0); // joins the thread of before
-    thread.awaitEnd();
-    EXPECT_EQ(behind, 1);
-    EXPECT_EQ(recorder.texts(), std::vector<std::string>{"the end"});
 }
 
 } // namespace

@@ -68,7 +68,8 @@ public:
     /// Ends the thread wherever it is; nothing of it runs any more, not even destructors. What belongs to the whole
     /// process, such as the library's heap, the message lock and the like, stays in order: the end waits for that. But
     /// other locks that the body holds stay held, also those inside the C library, and its memory stays taken. The object
-    /// stays, also with auto delete. A body that blocks all signals is ended when it lets them in again.
+    /// stays, also with auto delete. Where the system has signals it takes the highest real-time one that is unused when
+    /// the first thread starts; a body that blocks all signals is ended when it lets them in again.
     ///
     /// A thread that calls this itself does not return from it, unless it is inside a message: then it ends after that.
     /// Others must not call this with the message lock held.

@@ -6,6 +6,7 @@
 #include "platform/posix/qxplatformstack.h"
 #include "platform/qxplatformthread.h"
 
+#include <cerrno>
 #include <mutex>
 #include <new>
 
@@ -219,7 +220,9 @@ void qxPlatformThreadEnd(qxPlatformThread& thread)
 {
     if (thread.isJoined || endSignal() == 0) return;
     thread.ending.isWanted.store(true, std::memory_order_release);
-    if (qxPlatformThreadIsActive(thread)) pthread_kill(thread.handle, endSignal());
+    // The system may have no room left for a further signal.
+    while (qxPlatformThreadIsActive(thread) && pthread_kill(thread.handle, endSignal()) == EAGAIN)
+        qxPlatformYield();
 }
 
 void qxPlatformThreadAwaitEnd(qxPlatformThread& thread)

@@ -51,6 +51,10 @@
 #include "qxurlmanager.h"
 #include "qxvaruint64.h"
 
+#include "qxdynamicreflist.h"
+#include "qxdynamictype.h"
+#include "qxdynamictypes.h"
+
 #include "qxbasicparser.h"
 
 #include "qxxml.h"

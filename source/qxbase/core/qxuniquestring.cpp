@@ -4,12 +4,17 @@
 
 #include "core/qxneverdestroyed.h"
 #include "core/qxprocessguard.h"
+#include "core/qxuniquelookup.h"
 #include "qxdict.h"
 #include "qxerror.h"
 #include "qxmemory.h"
 
+#include <atomic>
+
 namespace
 {
+
+std::atomic<unsigned int> g_changes = 0;
 
 constexpr unsigned int ENTRIES = 65535;
 constexpr unsigned int BUCKETS = 10;
@@ -64,6 +69,13 @@ public:
 
     /// Makes the string unique when the table holds its text.
     bool findAndGive(qxString& string) const;
+
+    /// The ID of a text that is not empty; 0 without one.
+    unsigned short find(const char* text, unsigned int length) const
+    {
+        const Entry* const known = m_byText.find(Key(text, length));
+        return known ? idOf(*known) : static_cast<unsigned short>(0);
+    }
 
     /// Makes `string` the unique one with the ID of `entry`.
     void give(qxString& string, const Entry& entry) const;
@@ -125,6 +137,7 @@ bool qxUniqueTable::enter(qxString& string, unsigned short id, Conflict& conflic
     entry = {string.m_text, key.hash(), string.length()}; // the buffer changes its owner
     string.m_lengthAndID = stateOf(entry);
     string.m_hash = entry.hash;
+    ++g_changes;
     return true;
 }
 
@@ -151,6 +164,29 @@ void qxUniqueTable::clear()
         entry = {};
     }
     m_lowestFree = 0;
+    ++g_changes;
+}
+
+unsigned int qxUniqueChanges()
+{
+    return g_changes.load(std::memory_order_acquire);
+}
+
+unsigned short qxFindUniqueID(const char* text, unsigned int length)
+{
+    qxUniqueTable& table = qxUniqueTable::get();
+    const qxProcessGuard guard(table.lock());
+    return table.find(text, length);
+}
+
+bool qxFindUniqueText(unsigned short id, qxString& text)
+{
+    qxUniqueTable& table = qxUniqueTable::get();
+    const qxProcessGuard guard(table.lock());
+    if (table.isFree(id)) return false;
+    const Entry& entry = table.entryOf(id);
+    text = qxString(entry.text, entry.length);
+    return true;
 }
 
 bool qxString::makeUnique(unsigned short id)

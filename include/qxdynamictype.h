@@ -1,0 +1,202 @@
+// A value whose type is known only at run time.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxarray.h"
+#include "qxdynamicreflist.h"
+#include "qxguid.h"
+#include "qxserializedata.h"
+#include "qxstring.h"
+#include "qxtype.h"
+
+#include <concepts>
+#include <cstddef>
+#include <type_traits>
+
+struct qxDynamicBlock;
+struct qxDynamicReferences;
+struct qxDynamicTag;
+
+/// A type tag, a block of bytes that holds the value in the tag's own layout, and the objects that it keeps alive.
+///
+/// | tag | value | | tag | value |
+/// |---|---|---|---|---|
+/// | "void" | none | | "ref" | a counted object, in the list of references |
+/// | "num" | a double | | "error" | the text of an error |
+/// | "llnum" | a signed 64-bit integer | | "array" | values in a row |
+/// | "str" | a text | | "chain" | values in a row, under another tag |
+/// | "vec2", "vec3", "vec4" | floats | | "cont" | values with names |
+/// | "guid" | a qxGUID | | "ttag" | a value and a time |
+/// | "ptr" | a pointer, not owned | | any other | see qxDynamicTypeCustom |
+///
+/// Classes derived from it, such as qxDynamicTypeInt64, add no data: they make values of further tags and read them
+/// back, also from any qxDynamicType. Small values lie inside the object; larger blocks never change and are
+/// shared by copies, and by the elements that are taken out of them.
+///
+/// Lifetime: a value. Copies share the referenced objects.
+/// Threads:  one object is used by one thread at a time, or read by many; copies may go to other threads, their
+///           objects as qxReference says.
+/// Errors:   a getter that does not fit the tag raises qxFatalError and leaves the value as it was. Faulty data on a
+///           stream gives "void" and an error on the adapter. Destructors may raise what those of objects raise.
+class QX_API qxDynamicType : public qxSerializeData, public qxTypeInterface
+{
+public:
+    static constexpr unsigned int MAX_LENGTH = 0xFFFE0000; ///< bytes of a block
+
+    /// "void".
+    qxDynamicType() noexcept {}
+
+    qxDynamicType(double number);
+
+    /// Integers and truth values become "num" too; qxDynamicTypeInt64 keeps all 64 bits of one.
+    template <class Number>
+    requires std::is_arithmetic_v<Number> qxDynamicType(Number number)
+        : qxDynamicType(static_cast<double>(number))
+    {}
+    qxDynamicType(const qxString& text);
+
+    /// Null is an empty text; more than 65,535 bytes raise qxFatalError, as in qxString.
+    qxDynamicType(const char* text);
+    qxDynamicType(const qxGUID& guid);
+    qxDynamicType(const qxVec2& vector);
+    qxDynamicType(const qxVec3& vector);
+    qxDynamicType(const qxVec4& vector);
+    explicit qxDynamicType(void* pointer);
+
+    /// The value is one more holder of `object`, which may be null.
+    explicit qxDynamicType(qxReference* object);
+
+    qxDynamicType(const qxDynamicType& other) noexcept
+        : qxSerializeData(other), qxTypeInterface(other), m_content(other.m_content)
+    {
+        if (m_content.holds) share(m_content);
+    }
+    qxDynamicType(qxDynamicType&& other) noexcept : m_content(other.m_content) { other.m_content = {}; }
+
+    ~qxDynamicType() noexcept(false) override
+    {
+        if (m_content.holds) drop(m_content);
+    }
+
+    qxDynamicType& operator=(const qxDynamicType& other)
+    {
+        if (other.m_content.holds) share(other.m_content);
+        replace(other.m_content);
+        return *this;
+    }
+    qxDynamicType& operator=(qxDynamicType&& other)
+    {
+        const Content taken = other.m_content;
+        other.m_content = {};
+        replace(taken);
+        return *this;
+    }
+
+    QX_DECLARE_TYPE;
+
+    /// Makes it "void".
+    void reset() { replace({}); }
+
+    // What it is made of
+
+    /// The tag.
+    qxString getDynamicType() const;
+    bool is(const char* tag) const;
+    bool is(const qxString& tag) const;
+
+    /// A copy of the block.
+    qxArray<unsigned char> getDynamicData() const;
+
+    /// The block itself, of getDataLength bytes. It stays valid until the value changes.
+    const unsigned char* getDataBytes() const
+    {
+        return m_content.size > Content::ROOM ? m_content.data.outside.bytes : m_content.data.inside;
+    }
+    unsigned int getDataLength() const { return m_content.size; }
+
+    const qxDynRefList& getDynamicReferences() const;
+    bool hasDynamicReferences() const { return m_content.references != nullptr; }
+
+    // The value, each for its tag
+
+    /// Of "num", and of "llnum" the nearest double.
+    double getNumber() const;
+    qxString getString() const;
+    qxVec2 getVec2() const;
+    qxVec3 getVec3() const;
+    qxVec4 getVec4() const;
+    qxGUID getGUID() const;
+
+    /// Null when the value was read from an adapter: addresses mean nothing elsewhere.
+    void* getPointer() const;
+
+    /// Null when it was read from an adapter, too. The value stays a holder.
+    qxReference* getReference() const;
+
+    /// True when tags and blocks are the same; the references are not compared. So a number that is none equals
+    /// itself, and 0.0 does not equal -0.0.
+    bool operator==(const qxDynamicType& other) const
+    {
+        return m_content.size == other.m_content.size &&
+               (m_content.tag == other.m_content.tag || hasSameTag(other)) && hasSameBytes(other);
+    }
+
+    // On a stream: the tag, the length of the block as a qxVarUInt64 and the block
+
+    /// Writes the tag as a terminated text, or as the ID that it has in the table of unique strings of this process:
+    /// 252 and the ID less 1 in two bytes, the low one first. A text that itself begins with 252 has 252, 255, 255
+    /// before it.
+    void write(qxSerializeAdapter* adapter) override;
+
+    /// Makes the value "void" and stores an error on the adapter when the data ends within it, when its ID has no
+    /// text and when its block is not one of its tag. Objects do not travel.
+    void read(qxSerializeAdapter* adapter) override;
+
+    unsigned int getDataSize(qxSerializeAdapter* adapter) override;
+
+private:
+    friend class qxDynamicParts;
+
+    struct Content {
+        static constexpr unsigned int ROOM = 16;
+
+        union Data {
+            unsigned char inside[ROOM]; // up to 16 bytes, and zeros behind them
+            struct {
+                qxDynamicBlock* block; // shared; the bytes may be a piece of it
+                const unsigned char* bytes;
+            } outside;
+        };
+
+        const qxDynamicTag* tag = nullptr; // null is "void"
+        Data data = {{}};
+        qxDynamicReferences* references = nullptr; // null without any
+        unsigned int size = 0;
+        bool holds = false;     // a block, a tag or references that are counted
+        bool isForeign = false; // read from an adapter: addresses in it mean nothing
+    };
+
+    static void share(const Content& content) noexcept;
+    static void drop(const Content& content);
+    bool hasSameTag(const qxDynamicType& other) const;
+
+    void replace(const Content& content)
+    {
+        const Content old = m_content;
+        m_content = content;
+        if (old.holds) drop(old);
+    }
+
+    bool hasSameBytes(const qxDynamicType& other) const // with the same size
+    {
+        const unsigned char* const left = getDataBytes();
+        const unsigned char* const right = other.getDataBytes();
+        // What lies inside is compared whole, which takes no call.
+        return std::memcmp(left, right, Content::ROOM) == 0 &&
+               (m_content.size <= Content::ROOM || left == right ||
+                std::memcmp(left, right, m_content.size) == 0);
+    }
+
+    Content m_content;
+};

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "dynamic/qxdynamictag.h"
+
+#include "core/qxuniquelookup.h"
+#include "qxmemory.h"
+
+#include <cstring>
+#include <new>
+
+namespace
+{
+
+const qxDynamicTag TAGS[] = {
+    {"void", QX_DYNAMIC_VOID},   {"num", QX_DYNAMIC_NUM},     {"llnum", QX_DYNAMIC_LLNUM},
+    {"str", QX_DYNAMIC_STR},     {"vec2", QX_DYNAMIC_VEC2},   {"vec3", QX_DYNAMIC_VEC3},
+    {"vec4", QX_DYNAMIC_VEC4},   {"guid", QX_DYNAMIC_GUID},   {"ptr", QX_DYNAMIC_PTR},
+    {"ref", QX_DYNAMIC_REF},     {"error", QX_DYNAMIC_ERROR}, {"array", QX_DYNAMIC_ARRAY},
+    {"chain", QX_DYNAMIC_CHAIN}, {"cont", QX_DYNAMIC_CONT},   {"ttag", QX_DYNAMIC_TTAG},
+};
+
+constexpr std::size_t LONGEST = 5;
+
+} // namespace
+
+const qxDynamicTag* qxDynamicTag::get(qxDynamicKind kind)
+{
+    return &TAGS[kind];
+}
+
+const qxDynamicTag* qxDynamicTag::find(std::string_view text)
+{
+    if (text.size() > LONGEST) return nullptr;
+    for (const qxDynamicTag& tag : TAGS)
+        if (tag.text == text) return &tag;
+    return nullptr;
+}
+
+bool qxDynamicTag::isPossible(std::string_view text)
+{
+    return !text.empty() && text.size() <= qxString::MAX_LENGTH && text.find('\0') == text.npos;
+}
+
+const qxDynamicTag* qxDynamicTag::make(std::string_view text)
+{
+    if (const qxDynamicTag* const own = find(text)) return own;
+    void* const room = qx_new(sizeof(qxDynamicTag) + text.size() + 1);
+    char* const bytes = static_cast<char*>(room) + sizeof(qxDynamicTag);
+    std::memcpy(bytes, text.data(), text.size());
+    bytes[text.size()] = 0;
+    return new (room) qxDynamicTag{{bytes, text.size()}, QX_DYNAMIC_CUSTOM, 1};
+}
+
+unsigned short qxDynamicTag::getUniqueID() const
+{
+    const qxUInt64 changes = qxUniqueChanges();
+    const qxUInt64 known = knownID.load(std::memory_order_relaxed);
+    if (known >> 16 == changes) return static_cast<unsigned short>(known);
+    const unsigned short id = qxFindUniqueID(text.data(), static_cast<unsigned int>(text.size()));
+    knownID.store(changes << 16 | id, std::memory_order_relaxed);
+    return id;
+}
+
+void qxDynamicTag::unref() const
+{
+    if (kind != QX_DYNAMIC_CUSTOM || holders.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    qx_delete(const_cast<qxDynamicTag*>(this)); // made in make, whose room was not constant
+}

@@ -53,6 +53,7 @@
 
 #include "qxdynamicreflist.h"
 #include "qxdynamictype.h"
+#include "qxdynamictypecontainer.h"
 #include "qxdynamictypes.h"
 
 #include "qxbasicparser.h"

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "qxdynamictypecontainer.h"
 #include "qxdynamictypes.h"
 
 #include "qxtestobject.h"
@@ -30,6 +31,7 @@ inline const std::vector<qxDynamicType>& oneOfEach()
     static int target = 0;
     static const qxDynamicType items[] = {qxDynamicType(1.5), qxDynamicType("one, two"),
                                           qxDynamicTypeInt64(-1)};
+    static const qxString names[] = {"size", "", "third"};
     static const std::vector<qxDynamicType> values = {
         qxDynamicType(),
         qxDynamicType(0.1),
@@ -44,6 +46,7 @@ inline const std::vector<qxDynamicType>& oneOfEach()
         qxDynamicTypeError("it broke"),
         qxDynamicTypeArray(items, std::size(items)),
         qxDynamicTypeChain(items, std::size(items)),
+        qxDynamicTypeContainer(names, items, std::size(items)),
         qxDynamicTypeTimeTagged(qxDynamicType("then"), 12.5),
         qxDynamicTypeCustom("color", reinterpret_cast<const unsigned char*>("\xFF\x80"), 3),
     };

@@ -20,7 +20,7 @@ TEST(qxDynamicType, hasATagForEachKindOfValue)
         EXPECT_FALSE(value.is("nu"));
         EXPECT_FALSE(value.is(qxString("number")));
     }
-    EXPECT_EQ(tags, "void num llnum str vec2 vec3 vec4 guid ptr ref error array chain ttag color ");
+    EXPECT_EQ(tags, "void num llnum str vec2 vec3 vec4 guid ptr ref error array chain cont ttag color ");
 }
 
 TEST(qxDynamicType, everyGetterTakesItsTagOnlyAndLeavesTheValue)
@@ -44,6 +44,8 @@ TEST(qxDynamicType, everyGetterTakesItsTagOnlyAndLeavesTheValue)
          [](const qxDynamicType& value) { qxDynamicTypeError(value).getError(); }},
         {"qxDynamicTypeArray", "array", [](const qxDynamicType& value) { qxDynamicTypeArray other(value); }},
         {"qxDynamicTypeChain", "chain", [](const qxDynamicType& value) { qxDynamicTypeChain other(value); }},
+        {"qxDynamicTypeContainer", "cont",
+         [](const qxDynamicType& value) { qxDynamicTypeContainer other(value); }},
         {"qxDynamicTypeTimeTagged", "ttag",
          [](const qxDynamicType& value) { qxDynamicTypeTimeTagged other(value); }},
     };

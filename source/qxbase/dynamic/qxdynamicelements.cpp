@@ -77,6 +77,19 @@ bool mayHoldPointers(qxDynamicKind kind)
     return kind == QX_DYNAMIC_PTR || qxHoldsDynamicElements(kind);
 }
 
+// The element with its own of the objects of `value`, of which the next is `object`.
+qxDynamicType cutElement(const qxDynamicType& value, const qxDynamicElement& element,
+                         qxDynRefList::Iterator& object)
+{
+    qxDynamicType item = Parts::cut(value, qxDynamicTag::make(element.tag), element.data);
+    qxDynRefList own;
+    // A stream carries the number of objects, but none of them.
+    for (qxUInt64 left = element.references; left > 0 && object != qxDynRefList::Iterator(); --left, ++object)
+        own.insert(*object);
+    Parts::setReferences(item, std::move(own));
+    return item;
+}
+
 /// Checks a block and those in it, which lie in it in one piece: one place moves on from its start to its end.
 class Checker
 {
@@ -243,6 +256,15 @@ void qxPutDynamicElements(qxDynamicType& value, qxDynamicKind kind, const qxDyna
     value = std::move(made);
 }
 
+qxDynamicType qxGetDynamicElement(const qxDynamicType& value, const qxDynamicElement& element,
+                                  qxUInt64 objectsBefore)
+{
+    const qxDynRefList& objects = value.getDynamicReferences();
+    auto object = objects.begin();
+    for (; objectsBefore > 0 && object != objects.end(); --objectsBefore) ++object;
+    return cutElement(value, element, object);
+}
+
 qxArray<qxDynamicType> qxGetDynamicElements(const qxDynamicType& value, qxArray<qxString>* names)
 {
     const bool hasNames = Parts::kind(value) == QX_DYNAMIC_CONT;
@@ -250,19 +272,13 @@ qxArray<qxDynamicType> qxGetDynamicElements(const qxDynamicType& value, qxArray<
     qxUInt64 count = 0;
     cursor.takeVar(count);
     qxArray<qxDynamicType> items(static_cast<std::size_t>(count));
-    if (names) names->resize(static_cast<std::size_t>(count));
-    const qxDynRefList& objects = value.getDynamicReferences();
-    auto object = objects.begin();
-    for (qxUInt64 i = 0; i < count; ++i) {
+    if (names) *names = qxArray<qxString>(items.entries());
+    auto object = value.getDynamicReferences().begin();
+    for (unsigned int i = 0; i < items.entries(); ++i) {
         qxDynamicElement element;
         cursor.takeElement(element, hasNames);
-        const auto index = static_cast<std::size_t>(i);
-        if (names && hasNames) (*names)[index] = qxString(element.name.data(), element.name.size());
-        items[index] = Parts::cut(value, qxDynamicTag::make(element.tag), element.data);
-        qxDynRefList own; // a stream carries the number of objects, but none of them
-        for (qxUInt64 left = element.references; left > 0 && object != objects.end(); --left, ++object)
-            own.insert(*object);
-        Parts::setReferences(items[index], std::move(own));
+        if (names) (*names)[i] = qxString(element.name.data(), element.name.size());
+        items[i] = cutElement(value, element, object);
     }
     return items;
 }

@@ -66,5 +66,9 @@ bool qxIsDynamicBlock(qxDynamicKind kind, qxDynamicBytes block);
 void qxPutDynamicElements(qxDynamicType& value, qxDynamicKind kind, const qxDynamicType* items,
                           std::size_t count, const qxString* names = nullptr);
 
+/// The element of the block of `value`; those before it refer to `objectsBefore` objects.
+qxDynamicType qxGetDynamicElement(const qxDynamicType& value, const qxDynamicElement& element,
+                                  qxUInt64 objectsBefore);
+
 /// Takes the values out of a block that was found good. Gives the names where they are asked for.
 qxArray<qxDynamicType> qxGetDynamicElements(const qxDynamicType& value, qxArray<qxString>* names = nullptr);

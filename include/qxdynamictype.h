@@ -155,6 +155,28 @@ public:
 
     unsigned int getDataSize(qxSerializeAdapter* adapter) override;
 
+    // As JSON: "void" is null, numbers, texts and arrays are what they are, containers are objects
+
+    /// Vectors become arrays, GUIDs texts, chains arrays, errors {"error":TEXT}, values with a time
+    /// {"time":TIME,"value":VALUE}, and what JSON has no word for null: pointers, references, custom values,
+    /// numbers that are infinite or none. Bytes that are no UTF-8 become U+FFFD. Raises qxFatalError when the text
+    /// has more than 65,535 bytes.
+    qxString asJSON() const;
+
+    /// Writes a text of any length.
+    void asJSON(qxSerializeAdapter* adapter) const;
+
+    /// Reads "void", "num", "str", "array" and "cont". Integers that a double cannot hold become "llnum", true and
+    /// false 1 and 0; numbers out of range become infinite or 0. False leaves the value as it was, and `error`
+    /// receives what is wrong, with line and column.
+    bool fromJSON(const qxString& text, qxString* error = nullptr);
+
+    /// As above, from `length` bytes.
+    bool fromJSON(const char* text, std::size_t length, qxString* error = nullptr);
+
+    /// As above, all data that the adapter has; the error is stored on it.
+    bool fromJSON(qxSerializeAdapter* adapter);
+
 private:
     friend class qxDynamicParts;
 

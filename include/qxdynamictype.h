@@ -155,6 +155,22 @@ public:
 
     unsigned int getDataSize(qxSerializeAdapter* adapter) override;
 
+    // As text
+
+    /// Numbers in the shortest form that reads back, texts and errors, with `isQuoted` in double quotes, GUIDs in
+    /// braces, vectors, arrays and chains in brackets with `separator` between the items; without `hasBrackets` the
+    /// outermost array or chain has none. Containers and values with a time are JSON; all others are empty. In quotes
+    /// a backslash is doubled, and quotes and control characters are \xHH. Raises qxFatalError when the text has more
+    /// than 65,535 bytes.
+    qxString asString(bool isQuoted = false, bool hasBrackets = true, const qxString& separator = ",") const;
+
+    /// The item of this index as text; any value but arrays and chains is its only item. An index beyond the end
+    /// raises qxFatalError.
+    template <std::integral Index>
+    requires(!std::is_same_v<Index, bool>) qxString
+        asString(Index index, bool isQuoted = false, bool hasBrackets = true, const qxString& separator = ",")
+    const { return itemAsString(static_cast<qxUInt64>(index), isQuoted, hasBrackets, separator); }
+
     // As JSON: "void" is null, numbers, texts and arrays are what they are, containers are objects
 
     /// Vectors become arrays, GUIDs texts, chains arrays, errors {"error":TEXT}, values with a time
@@ -199,6 +215,7 @@ private:
         bool isForeign = false; // read from an adapter: addresses in it mean nothing
     };
 
+    qxString itemAsString(qxUInt64 index, bool isQuoted, bool hasBrackets, const qxString& separator) const;
     static void share(const Content& content) noexcept;
     static void drop(const Content& content);
     bool hasSameTag(const qxDynamicType& other) const;

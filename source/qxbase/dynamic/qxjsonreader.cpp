@@ -244,7 +244,7 @@ private:
     {
         const auto bits = static_cast<qxUInt64>(integer);
         const qxUInt64 magnitude = integer < 0 ? 0 - bits : bits;
-        return magnitude == 0 || std::bit_width(magnitude) - std::countr_zero(magnitude) <= 53;
+        return magnitude == 0 || std::bit_width(magnitude >> std::countr_zero(magnitude)) <= 53;
     }
 
     // Reads a text in quotes and appends what it says to the texts.

@@ -5,8 +5,10 @@
 
 #include "qxstring.h"
 
-/// Counts the changes of the table: while it stays, so do all answers. Threads: any, as all three.
-unsigned int qxUniqueChanges();
+#include <atomic>
+
+/// Counts the changes of the table: while it stays, so do the answers of the functions, which any thread may call.
+extern std::atomic<unsigned int> qxUniqueChanges;
 
 /// The ID of the text, which is not empty; 0 when it is not in the table.
 unsigned short qxFindUniqueID(const char* text, unsigned int length);

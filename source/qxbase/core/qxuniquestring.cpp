@@ -9,12 +9,10 @@
 #include "qxerror.h"
 #include "qxmemory.h"
 
-#include <atomic>
+std::atomic<unsigned int> qxUniqueChanges = 0;
 
 namespace
 {
-
-std::atomic<unsigned int> g_changes = 0;
 
 constexpr unsigned int ENTRIES = 65535;
 constexpr unsigned int BUCKETS = 10;
@@ -137,7 +135,7 @@ bool qxUniqueTable::enter(qxString& string, unsigned short id, Conflict& conflic
     entry = {string.m_text, key.hash(), string.length()}; // the buffer changes its owner
     string.m_lengthAndID = stateOf(entry);
     string.m_hash = entry.hash;
-    ++g_changes;
+    ++qxUniqueChanges;
     return true;
 }
 
@@ -164,12 +162,7 @@ void qxUniqueTable::clear()
         entry = {};
     }
     m_lowestFree = 0;
-    ++g_changes;
-}
-
-unsigned int qxUniqueChanges()
-{
-    return g_changes.load(std::memory_order_acquire);
+    ++qxUniqueChanges;
 }
 
 unsigned short qxFindUniqueID(const char* text, unsigned int length)

@@ -2,8 +2,6 @@
 
 #include "dynamic/qxdynamicelements.h"
 
-#include "qxvaruint64.h"
-
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -151,11 +149,6 @@ private:
 };
 
 } // namespace
-
-unsigned int qxVarSize(qxUInt64 value)
-{
-    return qxVarUInt64(value).getDataSize(nullptr);
-}
 
 unsigned char* qxPutVar(unsigned char* place, qxUInt64 value)
 {

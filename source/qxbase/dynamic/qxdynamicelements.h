@@ -14,7 +14,13 @@ qxUInt64 qxDynamicFormSize(const qxDynamicTag& tag, qxUInt64 length);
 /// Writes the binary form up to the block, tag as text, and returns the place behind it.
 unsigned char* qxPutDynamicHead(unsigned char* place, const qxDynamicTag& tag, qxUInt64 length);
 
-unsigned int qxVarSize(qxUInt64 value);
+inline unsigned int qxVarSize(qxUInt64 value)
+{
+    unsigned int size = 1;
+    for (; value > 0x7F; value >>= 7) ++size;
+    return size;
+}
+
 unsigned char* qxPutVar(unsigned char* place, qxUInt64 value);
 
 /// One value within a block.

@@ -22,7 +22,7 @@ void qxDynamicReferences::unref()
     if (holders.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
-unsigned char* qxDynamicParts::prepare(qxDynamicType& value, const qxDynamicTag* tag, qxUInt64 size)
+unsigned char* qxDynamicParts::prepareCounted(qxDynamicType& value, const qxDynamicTag* tag, qxUInt64 size)
 {
     using Content = qxDynamicType::Content;
     qxDynamicType made; // gives the tag back when there is no memory

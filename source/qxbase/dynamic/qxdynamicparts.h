@@ -49,7 +49,16 @@ public:
 
     /// Makes `value` one with this tag, of which it takes one holder over, and a block of `size` bytes without
     /// references. Returns the block, which must be filled at once.
-    static unsigned char* prepare(qxDynamicType& value, const qxDynamicTag* tag, qxUInt64 size);
+    static unsigned char* prepare(qxDynamicType& value, const qxDynamicTag* tag, qxUInt64 size)
+    {
+        if (size > qxDynamicType::Content::ROOM || tag->kind == QX_DYNAMIC_CUSTOM)
+            return prepareCounted(value, tag, size);
+        qxDynamicType::Content content;
+        content.tag = tag->kind == QX_DYNAMIC_VOID ? nullptr : tag;
+        content.size = static_cast<unsigned int>(size);
+        value.replace(content);
+        return value.m_content.data.inside;
+    }
     static unsigned char* prepare(qxDynamicType& value, qxDynamicKind kind, qxUInt64 size)
     {
         return prepare(value, qxDynamicTag::get(kind), size);
@@ -63,6 +72,9 @@ public:
 
     static bool isForeign(const qxDynamicType& value) { return value.m_content.isForeign; }
     static void setForeign(qxDynamicType& value, bool isForeign) { value.m_content.isForeign = isForeign; }
+
+private:
+    static unsigned char* prepareCounted(qxDynamicType& value, const qxDynamicTag* tag, qxUInt64 size);
 };
 
 /// Numbers in blocks stand with the most significant byte first.

@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include "qxstring.h"
+#include "core/qxuniquelookup.h"
 
-#include <atomic>
 #include <string_view>
 
 /// The library's own tags in the order of their table, and all others.
@@ -38,10 +37,13 @@ struct qxDynamicTag {
         ~0ULL; // how often the table of unique strings had changed, and the ID
 
     /// The library's tag.
-    static const qxDynamicTag* get(qxDynamicKind kind);
+    static inline const qxDynamicTag* get(qxDynamicKind kind);
 
     /// The library's tag with this text, or null.
     static const qxDynamicTag* find(std::string_view text);
+
+    /// The library's tag that the bytes, of which there are 8 or more, begin with, and a zero behind it; or null.
+    static const qxDynamicTag* findAt(const unsigned char* bytes);
 
     /// True when a value can have the tag: it is not empty and holds no zero.
     static bool isPossible(std::string_view text);
@@ -50,11 +52,31 @@ struct qxDynamicTag {
     static const qxDynamicTag* make(std::string_view text);
 
     /// The text's ID in the table of unique strings; 0 without one.
-    unsigned short getUniqueID() const;
+    unsigned short getUniqueID() const
+    {
+        const qxUInt64 known = knownID.load(std::memory_order_relaxed);
+        if (known >> 16 != qxUniqueChanges.load(std::memory_order_acquire)) return findUniqueID();
+        return static_cast<unsigned short>(known);
+    }
 
     void ref() const noexcept
     {
         if (kind == QX_DYNAMIC_CUSTOM) holders.fetch_add(1, std::memory_order_relaxed);
     }
-    void unref() const;
+    void unref() const
+    {
+        if (kind == QX_DYNAMIC_CUSTOM) drop();
+    }
+
+private:
+    unsigned short findUniqueID() const;
+    void drop() const;
 };
+
+/// The library's tags in the order of their kinds.
+extern const qxDynamicTag qxDynamicTags[QX_DYNAMIC_CUSTOM];
+
+inline const qxDynamicTag* qxDynamicTag::get(qxDynamicKind kind)
+{
+    return &qxDynamicTags[kind];
+}

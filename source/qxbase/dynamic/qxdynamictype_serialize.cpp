@@ -43,6 +43,25 @@ unsigned char* putHead(unsigned char* place, const qxDynamicTag& tag, unsigned s
     return qxPutVar(place, length);
 }
 
+// Reads a value of the library's that lies in memory as a whole, without an error. False when that is not so: then
+// nothing was read.
+bool readLent(qxSerializeAdapter& adapter, qxDynamicType& value)
+{
+    const qxDynamicBytes bytes = qxAdapterBytes::peek(adapter);
+    const qxDynamicTag* const tag = bytes.size() < 8 ? nullptr : qxDynamicTag::findAt(bytes.data());
+    if (!tag) return false;
+    qxDynamicCursor cursor(bytes.subspan(tag->text.size() + 1));
+    qxUInt64 length = 0;
+    if (!cursor.takeVar(length) || length > cursor.getRest()) return false;
+    const qxDynamicBytes block(cursor.getNext(), static_cast<std::size_t>(length));
+    if (length > qxDynamicType::MAX_LENGTH || !qxIsDynamicBlock(tag->kind, block)) return false;
+    std::memcpy(Parts::prepare(value, tag, length), block.data(), block.size());
+    Parts::setForeign(value, true);
+    cursor.skip(block.size());
+    qxAdapterBytes::consume(adapter, static_cast<unsigned int>(bytes.size() - cursor.getRest()));
+    return true;
+}
+
 /// Reads one value, or tells why there is none.
 class Reader
 {
@@ -71,15 +90,6 @@ private:
 
     TagHolder readTag()
     {
-        const qxDynamicBytes bytes = qxAdapterBytes::peek(m_adapter);
-        qxDynamicCursor cursor(bytes.first(std::min<std::size_t>(bytes.size(), 6))); // the library's tags
-        std::string_view text;
-        if (cursor.takeName(text)) {
-            if (const qxDynamicTag* const own = qxDynamicTag::find(text)) {
-                qxAdapterBytes::consume(m_adapter, static_cast<unsigned int>(text.size() + 1));
-                return TagHolder(own);
-            }
-        }
         qxString tag;
         if (!readTagText(tag)) return nullptr;
         const std::string_view whole(tag.getString(), tag.length());
@@ -180,6 +190,7 @@ void qxDynamicType::write(qxSerializeAdapter* adapter)
 
 void qxDynamicType::read(qxSerializeAdapter* adapter)
 {
+    if (readLent(*adapter, *this)) return;
     Reader reader(*adapter);
     qxDynamicType value;
     if (reader.read(value)) {

@@ -182,9 +182,9 @@ public:
     /// Writes a text of any length.
     void asJSON(qxSerializeAdapter* adapter) const;
 
-    /// Reads "void", "num", "str", "array" and "cont". Integers that a double cannot hold become "llnum", true and
-    /// false 1 and 0; numbers out of range become infinite or 0. False leaves the value as it was, and `error`
-    /// receives what is wrong, with line and column.
+    /// Reads "void", "num", "str", "array" and "cont". 64-bit integers from 2^53 on, of either sign, become
+    /// "llnum", true and false 1 and 0; numbers out of range become infinite or 0. False leaves the value as it
+    /// was, and `error` receives what is wrong, with line and column.
     bool fromJSON(const qxString& text, qxString* error = nullptr);
 
     /// As above, from `length` bytes.

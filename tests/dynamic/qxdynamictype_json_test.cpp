@@ -26,26 +26,26 @@ std::string readAndWritten(const std::string& text)
 
 TEST(qxDynamicType, readsJSON)
 {
-    expectRows(
-        readAndWritten, //
-        "null => null", "true => 1", "false => 0", " [ true , null ]\r\n\t => [1,null]",
-        "\xEF\xBB\xBF[] => []", R"({"a":1,"":[],"a":{}} => {"a":1,"":[],"a":{}})",
-        "[[],[[]],{}] => [[],[[]],{}]",
-        R"({ "a" : { "b" : [ 1 , 2 ] } , "c" : "d" } => {"a":{"b":[1,2]},"c":"d"})",
-        // numbers
-        "0 => 0", "-0 => -0", "-0.50 => -0.5", "1e2 => 100", "1E+2 => 100", "12.5e-1 => 1.25", "0.1 => 0.1",
-        "9007199254740991 => 9007199254740991", "9007199254740992 => 9.007199254740992e+15",
-        "9007199254740993 => 9007199254740993", "-9223372036854775807 => -9223372036854775807",
-        "-9223372036854775808 => -9.223372036854776e+18", "9223372036854775808 => 9.223372036854776e+18",
-        "1e999 => null", "-1e-999 => -0", "0e99999999999999999999 => 0", "1e99999999999999999999 => null",
-        "1e-99999999999999999999 => 0", "0.0001e400 => null", "100000e-400 => 0",
-        // texts
-        R"("" => "")", R"("\"\\\/\b\f\n\r\t" => "\"\\/\b\f\n\r\t")",
-        R"("\u0000\u001F\u00e9\u20AC" => "\u0000\u001f)"
-        "\u00E9\u20AC\"",
-        R"("\uD83D\uDE00 \uDBFF\uDFFF" => ")"
-        "\U0001F600 \U0010FFFF\"",
-        "\"\x7F\" => \"\x7F\"");
+    expectRows(readAndWritten, //
+               "null => null", "true => 1", "false => 0", " [ true , null ]\r\n\t => [1,null]",
+               "\xEF\xBB\xBF[] => []", R"({"a":1,"":[],"a":{}} => {"a":1,"":[],"a":{}})",
+               "[[],[[]],{}] => [[],[[]],{}]",
+               R"({ "a" : { "b" : [ 1 , 2 ] } , "c" : "d" } => {"a":{"b":[1,2]},"c":"d"})",
+               // numbers
+               "0 => 0", "-0 => -0", "-0.50 => -0.5", "1e2 => 100", "1E+2 => 100", "12.5e-1 => 1.25",
+               "0.1 => 0.1", "9007199254740991 => 9007199254740991", "9007199254740992 => 9007199254740992",
+               "9007199254740993 => 9007199254740993", "-9223372036854775807 => -9223372036854775807",
+               "-9223372036854775808 => -9223372036854775808", "9223372036854775808 => 9.223372036854776e+18",
+               "1e999 => null", "-1e-999 => -0", "0e99999999999999999999 => 0",
+               "1e99999999999999999999 => null", "1e-99999999999999999999 => 0", "0.0001e400 => null",
+               "100000e-400 => 0",
+               // texts
+               R"("" => "")", R"("\"\\\/\b\f\n\r\t" => "\"\\/\b\f\n\r\t")",
+               R"("\u0000\u001F\u00e9\u20AC" => "\u0000\u001f)"
+               "\u00E9\u20AC\"",
+               R"("\uD83D\uDE00 \uDBFF\uDFFF" => ")"
+               "\U0001F600 \U0010FFFF\"",
+               "\"\x7F\" => \"\x7F\"");
 }
 
 TEST(qxDynamicType, tellsWhatIsWrongWithJSONAndWhere)
@@ -132,6 +132,11 @@ TEST(qxDynamicType, anyNumberComesBackFromJSON)
         qxDynamicType read;
         ASSERT_TRUE(read.fromJSON(qxDynamicType(number).asJSON()));
         EXPECT_EQ(read, qxDynamicType(number)) << number;
+    }
+    for (const qxInt64 number : {1LL << 53, -(1LL << 53), 0x2FBFFF636F6E7400LL, -(1LL << 62)}) {
+        qxDynamicType read;
+        ASSERT_TRUE(read.fromJSON(qxDynamicTypeInt64(number).asJSON()));
+        EXPECT_EQ(read, qxDynamicTypeInt64(number)) << number;
     }
 }
 

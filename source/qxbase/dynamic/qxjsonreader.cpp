@@ -239,12 +239,12 @@ private:
         return true;
     }
 
-    // True when a double holds all digits.
+    // True when the integer and those beside it are doubles too. Larger numbers are written with an exponent when they
+    // are doubles.
     static bool isDouble(qxInt64 integer)
     {
-        const auto bits = static_cast<qxUInt64>(integer);
-        const qxUInt64 magnitude = integer < 0 ? 0 - bits : bits;
-        return magnitude == 0 || std::bit_width(magnitude >> std::countr_zero(magnitude)) <= 53;
+        constexpr qxInt64 LIMIT = 1LL << 53;
+        return integer > -LIMIT && integer < LIMIT;
     }
 
     // Reads a text in quotes and appends what it says to the texts.

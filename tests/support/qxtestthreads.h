@@ -3,10 +3,9 @@
 
 #pragma once
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <future>
-#include <mutex>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -35,22 +34,18 @@ void onThreads(unsigned int count, Body&& body)
     for (std::thread& thread : threads) thread.join();
 }
 
-/// Counts down to 0 once, and lets threads wait for that. std::latch misses wakes on some systems.
+/// Counts down to 0 once, and lets threads wait for that. std::latch and std::condition_variable miss wakes on some
+/// systems.
 class TestLatch
 {
 public:
     explicit TestLatch(unsigned int count) : m_count(count) {}
 
-    void countDown()
-    {
-        const std::lock_guard guard(m_lock);
-        if (--m_count == 0) m_isThere.notify_all();
-    }
+    void countDown() { --m_count; }
 
-    void wait()
+    void wait() const
     {
-        std::unique_lock guard(m_lock);
-        m_isThere.wait(guard, [this] { return m_count == 0; });
+        while (m_count != 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 
     void countDownAndWait()
@@ -60,9 +55,7 @@ public:
     }
 
 private:
-    std::mutex m_lock; // guards the count
-    std::condition_variable m_isThere;
-    unsigned int m_count;
+    std::atomic<unsigned int> m_count;
 };
 
 /// Runs `body` and returns the seconds that it took.

@@ -3,16 +3,16 @@
 #include "qxthreadticker.h"
 
 #include "core/qxneverdestroyed.h"
+#include "qxevent.h"
+#include "qxguard.h"
 #include "qxmessage.h"
 #include "qxprogramexecution.h"
 #include "qxtime.h"
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
+#include <cmath>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <utility>
 
@@ -24,10 +24,11 @@ namespace
 
 constexpr double SHORTEST = qxThreadTicker::SHORTEST_INTERVAL;
 constexpr double LONGEST_SLEEP = 3600.0; // seconds; intervals may be anything
+constexpr unsigned int FOREVER = 0xFFFFFFFF;
 
 // All pools there are.
 struct Pools {
-    std::mutex lock; // guards the other field
+    qxMutex lock; // guards the other field
     std::map<std::pair<unsigned int, qxThreadPriority>, qxRefPointer<qxThreadPoolTicker>> pools;
 };
 
@@ -68,13 +69,13 @@ class qxThreadPoolTicker::Work final : public Worker::Body
 public:
     bool add(qxThreadTicker& ticker, double interval, qxThreadPriority priority)
     {
-        const std::lock_guard guard(m_lock);
+        const qxBodyGuard guard(m_change);
         take(ticker);
         ticker.m_interval = interval > SHORTEST ? interval : SHORTEST; // also for what is not a number
         ticker.m_last = qxTime::systemSeconds();
         enter(ticker, ticker.m_last + ticker.m_interval);
         if (isAtWork(priority)) {
-            m_change.notify_all();
+            m_change.fire();
             return true;
         }
         take(ticker);
@@ -84,41 +85,41 @@ public:
     void remove(qxThreadTicker& ticker)
     {
         std::unique_ptr<Worker> ended; // waits for its thread when it goes, without the lock
-        std::unique_lock guard(m_lock);
+        const qxBodyGuard guard(m_change);
         take(ticker);
         if (m_tickThread == qxThread::getThreadID()) return;
         while (m_ticking == &ticker) {
-            m_change.wait(guard);
+            m_change.waitAndLock(FOREVER, 1);
             take(ticker); // the tick may have started it again
         }
         if (!m_due.empty() || m_ticking) return; // or else its end is its own
         ended = std::move(m_worker);
-        m_change.notify_all();
+        m_change.fire();
     }
 
     bool has(const qxThreadTicker& ticker)
     {
-        const std::lock_guard guard(m_lock);
+        const qxBodyGuard guard(m_change);
         return ticker.m_isTicking;
     }
 
     unsigned int count()
     {
-        const std::lock_guard guard(m_lock);
+        const qxBodyGuard guard(m_change);
         return static_cast<unsigned int>(m_due.size());
     }
 
     // Until no ticker is left, or another thread has taken over.
     void run(const Worker& worker) override
     {
-        std::unique_lock guard(m_lock);
+        const qxBodyGuard guard(m_change);
         while (m_worker.get() == &worker && !m_due.empty()) {
             const auto [next, ticker] = *m_due.begin();
             const double now = qxTime::systemSeconds();
             if (next > now)
-                sleep(guard, next - now);
+                sleep(next - now);
             else
-                tick(guard, *ticker, now);
+                tick(*ticker, now);
         }
         if (m_worker.get() == &worker) m_isOver = true;
     }
@@ -127,8 +128,9 @@ public:
     // the lock.
     void clear()
     {
-        const std::unique_lock guard(m_lock, std::try_to_lock);
-        if (guard && m_isOver) m_worker.reset();
+        if (!m_change.tryLock()) return;
+        if (m_isOver) m_worker.reset();
+        m_change.unLock();
     }
 
 private:
@@ -172,13 +174,13 @@ private:
         return false;
     }
 
-    void sleep(std::unique_lock<std::mutex>& guard, double seconds)
+    void sleep(double seconds)
     {
         seconds = std::clamp(seconds, SHORTEST, LONGEST_SLEEP);
-        m_change.wait_for(guard, std::chrono::duration<double>(seconds));
+        m_change.waitAndLock(static_cast<unsigned int>(std::ceil(seconds * 1000.0)), 1);
     }
 
-    void tick(std::unique_lock<std::mutex>& guard, qxThreadTicker& ticker, double now)
+    void tick(qxThreadTicker& ticker, double now)
     {
         const double dt = now - ticker.m_last;
         take(ticker);
@@ -186,16 +188,15 @@ private:
         enter(ticker, std::max(ticker.m_next + ticker.m_interval, now + SHORTEST));
         m_ticking = &ticker;
         m_tickThread = qxThread::getThreadID();
-        guard.unlock();
+        m_change.unLock();
         Tick(ticker, now, dt).execute();
-        guard.lock();
+        m_change.waitLock();
         m_ticking = nullptr;
         m_tickThread = 0;
-        m_change.notify_all();
+        m_change.fire();
     }
 
-    std::mutex m_lock; // guards all that follows
-    std::condition_variable m_change;
+    qxEvent m_change;                                   // its lock guards all that follows
     std::set<std::pair<double, qxThreadTicker*>> m_due; // by the time of the next tick
     qxThreadTicker* m_ticking = nullptr;                // whose tick runs
     unsigned int m_tickThread = 0;
@@ -209,9 +210,9 @@ namespace
 struct Unload {
     ~Unload()
     {
-        const std::unique_lock guard(getPools().lock, std::try_to_lock);
-        if (!guard) return;
+        if (!getPools().lock.tryLock()) return;
         for (const auto& [name, pool] : getPools().pools) pool->letGo();
+        getPools().lock.unLock();
     }
 };
 
@@ -254,7 +255,7 @@ qxThreadPoolTicker::~qxThreadPoolTicker() noexcept(false) = default;
 qxRefPointer<qxThreadPoolTicker> qxThreadPoolTicker::getPool(unsigned int poolID, qxThreadPriority priority)
 {
     Pools& pools = getPools();
-    const std::lock_guard guard(pools.lock);
+    const qxBodyGuard guard(pools.lock);
     qxRefPointer<qxThreadPoolTicker>& pool = pools.pools[{poolID, priority}];
     if (!pool) pool = new qxThreadPoolTicker(poolID, priority);
     return pool;

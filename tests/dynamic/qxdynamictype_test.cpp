@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <thread>
 
 namespace
 {
@@ -156,6 +157,26 @@ TEST(qxDynamicType, letsOutWhatItsObjectsRaise)
     qxDynamicType value(TestObject::faulty());
     EXPECT_EQ(fatalText([&] { value.reset(); }), TestObject::DELETED_WHILE_HELD);
     EXPECT_TRUE(value.is("void"));
+}
+
+TEST(qxDynamicType, threadsMayCopyAndTakeApartOneValue)
+{
+    const std::string text(100, 'x');
+    const qxDynamicTypeCustom custom("shared by threads", nullptr, 0);
+    const qxDynamicType shared = arrayOf({text.c_str(), custom});
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+        threads.emplace_back([&] {
+            for (int k = 0; k < 1000; ++k) {
+                const qxDynamicType copy(shared);
+                const qxArray<qxDynamicType> items = qxDynamicTypeArray(copy).getArray();
+                EXPECT_TRUE(items[0] == qxDynamicType(text.c_str()));
+                EXPECT_EQ(qxDynamicType(custom).getDataSize(nullptr), 19U);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(qxDynamicTypeArray(shared).getArray()[1], custom);
 }
 
 TEST(qxDynamicType, knowsItsType)

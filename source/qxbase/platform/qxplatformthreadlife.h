@@ -41,6 +41,6 @@ void qxPlatformThreadEndSelf();
 /// Sets the priority, -2 to 2 with 0 for the normal one. What the system does not allow is ignored.
 void qxPlatformThreadSetPriority(const qxPlatformThread& thread, int priority);
 
-/// Waits, at most 100 milliseconds, until the threads are gone that closed themselves and whose bodies have returned.
-/// For the moment at which the library is unloaded.
+/// Waits, at most 100 milliseconds, until all these threads are gone: those that close themselves take a moment for it.
+/// For the moment at which the library is unloaded; does nothing where the system has ended them by then.
 void qxPlatformThreadAwaitClosed();

@@ -6,8 +6,6 @@
 #include "qxthread.h"
 #include "qxtime.h"
 
-#include "platform/qxplatformthreadlife.h"
-
 #include <algorithm>
 #include <atomic>
 #include <memory>
@@ -26,7 +24,6 @@ struct Unload {
     ~Unload()
     {
         for (unsigned int i = 0; i < UNLOAD_PATIENCE && s_waiters != 0; ++i) qxThread::qxDelayFunction(1);
-        qxPlatformThreadAwaitClosed();
     }
 };
 

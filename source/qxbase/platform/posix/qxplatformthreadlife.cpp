@@ -40,6 +40,8 @@ __attribute__((tls_model("initial-exec"))) thread_local qxPlatformThread* t_self
 std::mutex s_lock; // guards the list
 qxPlatformThread* s_closed = nullptr;
 
+std::atomic<unsigned int> s_living{0}; // threads that were started and not joined yet
+
 void onEndSignal(int, siginfo_t*, void*)
 {
     if (qxPlatformOwnEnding) qxPlatformEndWhenWanted(*qxPlatformOwnEnding);
@@ -78,6 +80,7 @@ void release(qxPlatformThread* thread)
 {
     qxPlatformGiveStack(thread->stack, !thread->ending.isWanted.load(std::memory_order_relaxed));
     delete thread;
+    --s_living;
 }
 
 // Joins those on the list that are gone, which is to say nearly all of them; returns whether it is empty then.
@@ -182,6 +185,7 @@ qxPlatformThread* qxPlatformThreadStart(void (*body)(void*), void* argument)
         delete thread;
         return nullptr;
     }
+    ++s_living;
     learnId(*thread);
     return thread;
 }
@@ -246,5 +250,9 @@ void qxPlatformThreadSetPriority(const qxPlatformThread& thread, int priority)
 
 void qxPlatformThreadAwaitClosed()
 {
-    for (unsigned int i = 0; i < UNLOAD_PATIENCE && !joinClosed(); ++i) qxPlatformSleep(1);
+    for (unsigned int i = 0; i < UNLOAD_PATIENCE; ++i) {
+        joinClosed();
+        if (s_living == 0) return;
+        qxPlatformSleep(1);
+    }
 }

@@ -42,9 +42,14 @@ for preset in "${presets[@]}"; do
     run=()
     # The thread sanitizer of some compilers cannot start where addresses are chosen at random.
     if [ "$preset" = tsan ] && setarch -R true 2>/dev/null; then run=(setarch -R); fi
-    (cd "$root" && "${run[@]}" ctest --preset "$preset" -j "$jobs" "${options[@]}") </dev/null || status=1
+    passed=1
+    (cd "$root" && "${run[@]}" ctest --preset "$preset" -j "$jobs" "${options[@]}") </dev/null || passed=0
     if [ "$preset" = mingw ]; then
+        if [ $passed = 0 ] && python3 "$root/scripts/wine_started.py" "$root/build/mingw/Testing/Temporary"; then
+            (cd "$root" && ctest --preset mingw --rerun-failed) </dev/null && passed=1
+        fi
         "$root/scripts/wine.sh" "$root/build/mingw/bin/qx.exe" demo </dev/null || status=1
     fi
+    [ $passed = 1 ] || status=1
 done
 exit $status

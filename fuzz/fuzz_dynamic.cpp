@@ -1,5 +1,5 @@
-// Reads any bytes as a dynamic value or, behind a first byte 'J', as JSON. What is taken is gone through with all that is
-// in it and comes back from both forms.
+// Reads any bytes as a dynamic value or, behind a first byte 'J' or 'X', as JSON or XML. What is taken is gone through
+// with all that is in it and comes back from all forms.
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxdynamictypecontainer.h"
@@ -94,9 +94,19 @@ std::string jsonOf(const qxDynamicType& value)
     return single.written;
 }
 
+void checkXML(const qxDynamicType& value)
+{
+    SingleBytes single;
+    value.asXML(&single);
+    SingleBytes text(single.written);
+    bool isValue = false;
+    require(qxDynamicType::fromXML(&text, &isValue, true) == value && isValue);
+}
+
 void check(const qxDynamicType& value)
 {
     goThrough(value);
+    checkXML(value);
     SingleBytes single(writtenForm(value));
     qxDynamicType again;
     again.read(&single);
@@ -123,6 +133,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool isValue = value.fromJSON(bytes.data() + 1, size - 1);
         require(fromStream.fromJSON(&single) == isValue && fromStream == value);
         if (isValue) check(value);
+        return 0;
+    }
+    if (size > 0 && data[0] == 'X') {
+        bool isValue = false;
+        SingleBytes single(bytes.substr(1));
+        value = qxDynamicType::fromXML(&single, &isValue, true);
+        require(isValue || value.is("error"));
+        check(value);
         return 0;
     }
     qxSerializeAdapterMemory memory(bytes.data(), static_cast<unsigned int>(size));

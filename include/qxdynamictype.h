@@ -128,10 +128,10 @@ public:
     qxVec4 getVec4() const;
     qxGUID getGUID() const;
 
-    /// Null when the value was read from an adapter: addresses mean nothing elsewhere.
+    /// Null when the value was read from an adapter or a text: addresses mean nothing elsewhere.
     void* getPointer() const;
 
-    /// Null when it was read from an adapter, too. The value stays a holder.
+    /// Null when it was read from an adapter or a text, too. The value stays a holder.
     qxReference* getReference() const;
 
     /// True when tags and blocks are the same; the references are not compared. So a number that is none equals
@@ -193,6 +193,23 @@ public:
     /// As above, all data that the adapter has; the error is stored on it.
     bool fromJSON(qxSerializeAdapter* adapter);
 
+    // As XML, an element "qxDyn" as qxXmlSax::writeDynamicType writes it. Defined above, with the reader of XML.
+
+    /// Without a header and in one line. Every value comes back, but without objects and addresses. Raises qxFatalError
+    /// when the text has more than 65,535 bytes.
+    qxString asXML() const;
+
+    /// Writes a text of any length.
+    void asXML(qxSerializeAdapter* adapter) const;
+
+    /// The value of a document whose root element, of any name, holds one. `ok` tells whether there is one; else the
+    /// result is an "error" that says what is wrong, with line and column, and it is sent as a warning unless
+    /// `isSilent`.
+    static qxDynamicType fromXML(const qxString& text, bool* ok = nullptr, bool isSilent = false);
+
+    /// As above, all data that the adapter has.
+    static qxDynamicType fromXML(qxSerializeAdapter* adapter, bool* ok = nullptr, bool isSilent = false);
+
 private:
     friend class qxDynamicParts;
 
@@ -212,7 +229,7 @@ private:
         qxDynamicReferences* references = nullptr; // null without any
         unsigned int size = 0;
         bool holds = false;     // a block, a tag or references that are counted
-        bool isForeign = false; // read from an adapter: addresses in it mean nothing
+        bool isForeign = false; // the addresses in it come from outside and mean nothing
     };
 
     qxString itemAsString(qxUInt64 index, bool isQuoted, bool hasBrackets, const qxString& separator) const;

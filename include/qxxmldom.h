@@ -7,6 +7,7 @@
 #include "qxxmlitem.h"
 #include "qxxmlsax.h"
 #include "qxxmltext.h"
+#include "qxxmlvalue.h"
 
 #include <memory>
 
@@ -82,6 +83,11 @@ public:
                                           unsigned int level) override;
     unsigned char onCDATA(const qxString& text, unsigned int level) override;
     unsigned char onComment(const qxString& text, unsigned int level) override;
+
+    /// The item takes the place of its element.
+    unsigned char onDynamicType(const qxDynamicType& value, const qxString& name,
+                                unsigned int level) override;
+    unsigned char onObject(qxObject* object, const qxString& name, unsigned int level) override;
     unsigned char onCustomData(qxReference* data, const qxString& name, unsigned int level) override;
     unsigned char onWrite() override;
 

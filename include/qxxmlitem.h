@@ -116,7 +116,9 @@ protected:
         CDATA,
         COMMENT,
         REFERENCE,
-        PI
+        PI,
+        DYNAMIC_TYPE,
+        OBJECT
     };
 
     qxXmlItem(qxSharedName* name, Kind kind);

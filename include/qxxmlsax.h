@@ -101,8 +101,15 @@ public:
                                                   unsigned int level);
     virtual unsigned char onCDATA(const qxString& text, unsigned int level);
     virtual unsigned char onComment(const qxString& text, unsigned int level);
+
+    /// Comes between the calls for the element in place of those for its content. `name` is the element's attribute
+    /// "name", else the name of the element.
     virtual unsigned char onDynamicType(const qxDynamicType& value, const qxString& name, unsigned int level);
+
+    /// The same for an object. It is held during the call.
     virtual unsigned char onObject(qxObject* object, const qxString& name, unsigned int level);
+
+    /// The same for custom data; `name` is that of the element.
     virtual unsigned char onCustomData(qxReference* data, const qxString& name, unsigned int level);
 
     /// The text that takes the place of a text or attribute value "function:`argument`".
@@ -166,14 +173,15 @@ public:
     bool useBase64() const;
     void useBase64(bool prefer) { setFlag(FLAG_PREFER_BASE64, prefer); }
 
-    /// Reads the content of every element as a value of a dynamic type.
+    /// Elements of any name, and not only "qxDyn", are read as values of dynamic types where they are such; values
+    /// are written as elements of their own names. At first off.
     bool useDynOnly() const { return (m_flags & FLAG_DYN_ONLY) != 0; }
     void useDynOnly(bool only) { setFlag(FLAG_DYN_ONLY, only); }
 
     /// The check that failed in a pure syntax failure; 0 for an error with a text of its own.
     unsigned int getErrorCheck() const { return m_errorCheck; }
 
-    // Registries of the process: element name to handler. They keep the pointer only.
+    // Registries of the process: element name to handler; see qxxmlhandlers.h. They keep the pointer only.
 
     static void registerCustomDataInterface(const qxString& name, qxXmlCustomDataInterface* handler);
     static void registerDynamicTypeInterface(const qxString& name, qxXmlDynamicTypeInterface* handler);
@@ -209,6 +217,29 @@ public:
     void writePI(const qxString& target, const qxString& data);
     void writeEntityReference(const qxString& name);
     void writeElementEnd();
+
+    /// Writes a value as an element "qxDyn", which has `name` as an attribute unless that is "qxDyn", too; with
+    /// useDynOnly as an element `name`, where that can be the name of one. `name` is filled in with the arguments as in
+    /// qxString::format when there are any. docs/xml-values.md shows the form; every value comes back from it, but
+    /// without objects and addresses.
+    template <class... Arguments>
+    void writeDynamicType(const qxDynamicType& value, const qxString& name = "qxDyn",
+                          const Arguments&... arguments)
+    {
+        putDynamicType(value, fillIn(name, arguments...));
+    }
+
+    /// Writes an object as an element "qxObj" with `name` as above; what stands in it is its handler's to say. Without
+    /// a handler the element is empty, and a warning is sent.
+    template <class... Arguments>
+    void writeObject(qxObject* object, const qxString& name = "qxObj", const Arguments&... arguments)
+    {
+        putObject(object, fillIn(name, arguments...));
+    }
+
+    /// Writes custom data as an element `name`, in which its handler writes. With `isOpen` that element is open
+    /// already, and stays so. Without a handler nothing is in it, and a warning is sent.
+    void writeCustomData(const qxString& name, qxReference* data, unsigned char isOpen = 0);
 
     /// Writes `text` as it stands.
     void writeGenericString(const qxString& text);
@@ -329,6 +360,8 @@ protected:
 private:
     friend class qxXmlWriterState;
     friend class qxXmlDom; // reads into a tree by a way shorter than the calls
+    friend class qxXmlValueReader;
+    friend class qxXmlValueDocument;
 
     enum Flag : unsigned char {
         FLAG_STANDALONE = 1,
@@ -350,6 +383,7 @@ private:
 
     inline qxXmlReaderState& reader(); // for the sources of this class only
     class Reading;                     // what read does before and afterwards
+    class Attempt;                     // reads what may have to be read once more
 
     [[noreturn]] void failCheck(unsigned int check);
     [[noreturn]] void failCheckAt(qxUInt64 position, unsigned int check);
@@ -381,6 +415,19 @@ private:
     bool openElement();
     void closeElement();
     bool readSpecialContent();
+    bool readValue(qxDynamicType& value);
+    [[noreturn]] void failValue(const char* expected);
+    template <class Take>
+    bool offerContent(Take&& take);
+    bool takeContent(qxArray<unsigned char>& bytes);
+    void putDynamicType(const qxDynamicType& value, const qxString& name);
+    void putObject(qxObject* object, const qxString& name);
+    static const qxString& fillIn(const qxString& name) { return name; }
+    template <class... Arguments>
+    static qxString fillIn(const qxString& name, const Arguments&... arguments)
+    {
+        return qxString::str(name, arguments...);
+    }
     void reportContents();
     void reportElementEnd();
     void reportText(std::string_view text);

@@ -132,6 +132,8 @@ TEST(qxDynamicType, addressesAndObjectsDoNotTravel)
 
     EXPECT_EQ(qxDynamicTypeArray(arrayOf({items[0]})).getArray()[0].getPointer(), nullptr);
     EXPECT_EQ(qxDynamicTypeTimeTagged(items[0], 1.0).getData().getPointer(), nullptr);
+    const qxDynamicType numbers = readFrom(written(arrayOf({1, 2})));
+    EXPECT_EQ(qxDynamicTypeArray(arrayOf({numbers, pointer})).getArray()[1].getPointer(), &target);
     read = pointer;
     EXPECT_EQ(read.getPointer(), &target);
 }

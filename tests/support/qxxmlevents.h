@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "qxdynamictype.h"
 #include "qxserializeadaptermemory.h"
 #include "qxtestrows.h"
 #include "qxxmlsax.h"
@@ -132,6 +133,10 @@ public:
     unsigned char onComment(const qxString& text, unsigned int level) override
     {
         return call("--:" + quoted(text), level);
+    }
+    unsigned char onDynamicType(const qxDynamicType& value, const qxString& name, unsigned int level) override
+    {
+        return call("dyn:" + textOf(name) + "{" + textOf(value.asString(true)) + "}", level);
     }
 
 protected:

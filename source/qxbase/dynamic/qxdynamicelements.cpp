@@ -70,11 +70,6 @@ qxDynamicKind kindOf(std::string_view tag)
     return own ? own->kind : QX_DYNAMIC_CUSTOM;
 }
 
-bool mayHoldPointers(qxDynamicKind kind)
-{
-    return kind == QX_DYNAMIC_PTR || qxHoldsDynamicElements(kind);
-}
-
 // The element with its own of the objects of `value`, of which the next is `object`.
 qxDynamicType cutElement(const qxDynamicType& value, const qxDynamicElement& element,
                          qxDynRefList::Iterator& object)
@@ -110,6 +105,8 @@ public:
         return true;
     }
 
+    bool hasAddresses() const { return m_hasAddresses; }
+
 private:
     struct Level {
         qxUInt64 left;      // elements to come
@@ -125,6 +122,7 @@ private:
                                  : m_cursor.takeElement(element, level.kind == QX_DYNAMIC_CONT);
         if (!isThere || m_cursor.getRest() < level.behind) return false;
         const qxDynamicKind kind = kindOf(element.tag);
+        m_hasAddresses = m_hasAddresses || kind == QX_DYNAMIC_PTR;
         if (!qxHoldsDynamicElements(kind)) return isPlainBlock(kind, element.data.size());
         const std::size_t behind = m_cursor.getRest();
         m_cursor = qxDynamicCursor({element.data.data(), element.data.size() + behind});
@@ -146,6 +144,7 @@ private:
     qxDynamicCursor m_cursor;
     qxDynamicKind m_first;
     std::vector<Level> m_levels;
+    bool m_hasAddresses = false;
 };
 
 } // namespace
@@ -216,9 +215,16 @@ bool qxDynamicCursor::skip(std::size_t count)
     return true;
 }
 
-bool qxIsDynamicBlock(qxDynamicKind kind, qxDynamicBytes block)
+bool qxIsDynamicBlock(qxDynamicKind kind, qxDynamicBytes block, bool& hasAddresses)
 {
-    return qxHoldsDynamicElements(kind) ? Checker(kind, block).check() : isPlainBlock(kind, block.size());
+    if (!qxHoldsDynamicElements(kind)) {
+        hasAddresses = kind == QX_DYNAMIC_PTR;
+        return isPlainBlock(kind, block.size());
+    }
+    Checker checker(kind, block);
+    const bool isBlock = checker.check();
+    hasAddresses = checker.hasAddresses();
+    return isBlock;
 }
 
 void qxPutDynamicElements(qxDynamicType& value, qxDynamicKind kind, const qxDynamicType* items,
@@ -242,7 +248,7 @@ void qxPutDynamicElements(qxDynamicType& value, qxDynamicKind kind, const qxDyna
         place = std::copy_n(item.getDataBytes(), item.getDataLength(), place);
         if (item.hasDynamicReferences())
             for (qxReference* const object : item.getDynamicReferences()) objects.insert(object);
-        isForeign = isForeign || (Parts::isForeign(item) && mayHoldPointers(Parts::kind(item)));
+        isForeign = isForeign || Parts::isForeign(item);
     }
     Parts::setReferences(made, std::move(objects));
     Parts::setForeign(made, isForeign);

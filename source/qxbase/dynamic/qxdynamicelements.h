@@ -64,9 +64,9 @@ constexpr bool qxHoldsDynamicElements(qxDynamicKind kind)
            kind == QX_DYNAMIC_TTAG;
 }
 
-/// True when the block is one of the tag, with all that is in it. Needs time in proportion to its length and memory
-/// in proportion to its depth.
-bool qxIsDynamicBlock(qxDynamicKind kind, qxDynamicBytes block);
+/// True when the block is one of the tag, with all that is in it; then `hasAddresses` tells whether there are pointers
+/// in it. Needs time in proportion to its length and memory in proportion to its depth.
+bool qxIsDynamicBlock(qxDynamicKind kind, qxDynamicBytes block, bool& hasAddresses);
 
 /// Makes `value` an array or a chain of the items, or a container when there are `names`.
 void qxPutDynamicElements(qxDynamicType& value, qxDynamicKind kind, const qxDynamicType* items,

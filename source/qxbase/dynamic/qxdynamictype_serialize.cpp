@@ -54,9 +54,10 @@ bool readLent(qxSerializeAdapter& adapter, qxDynamicType& value)
     qxUInt64 length = 0;
     if (!cursor.takeVar(length) || length > cursor.getRest()) return false;
     const qxDynamicBytes block(cursor.getNext(), static_cast<std::size_t>(length));
-    if (length > qxDynamicType::MAX_LENGTH || !qxIsDynamicBlock(tag->kind, block)) return false;
+    bool hasAddresses = false;
+    if (length > qxDynamicType::MAX_LENGTH || !qxIsDynamicBlock(tag->kind, block, hasAddresses)) return false;
     std::memcpy(Parts::prepare(value, tag, length), block.data(), block.size());
-    Parts::setForeign(value, true);
+    Parts::setForeign(value, hasAddresses);
     cursor.skip(block.size());
     qxAdapterBytes::consume(adapter, static_cast<unsigned int>(bytes.size() - cursor.getRest()));
     return true;
@@ -73,7 +74,11 @@ public:
         const TagHolder tag = readTag();
         qxUInt64 length = 0;
         if (!tag || !readLength(length) || !readBlock(value, *tag, length)) return false;
-        if (qxIsDynamicBlock(tag->kind, Parts::bytes(value))) return true;
+        bool hasAddresses = false;
+        if (qxIsDynamicBlock(tag->kind, Parts::bytes(value), hasAddresses)) {
+            Parts::setForeign(value, hasAddresses);
+            return true;
+        }
         return fail("qxDynamicType::read: the value of type '%s' is malformed", tag->text.data());
     }
 
@@ -194,7 +199,6 @@ void qxDynamicType::read(qxSerializeAdapter* adapter)
     Reader reader(*adapter);
     qxDynamicType value;
     if (reader.read(value)) {
-        Parts::setForeign(value, true);
         *this = std::move(value);
         return;
     }

@@ -59,6 +59,7 @@ void qxXmlDom::copySettings(const qxXmlDom& other)
     m_keepMixedContent = other.m_keepMixedContent;
     setMaxBufferSize(other.getMaxBufferSize());
     useDynOnly(other.useDynOnly());
+    setFlag(FLAG_PREFER_BASE64, (other.m_flags & FLAG_PREFER_BASE64) != 0);
     for (qxXmlItemType type = QX_XML_ELEMENT; type <= QX_XML_CONTENTS_END; type *= 2) {
         if (other.isNotifyingItemType(type))
             enableNotifyItemType(type);
@@ -180,6 +181,18 @@ unsigned char qxXmlDom::onCDATA(const qxString& text, unsigned int level)
 unsigned char qxXmlDom::onComment(const qxString& text, unsigned int level)
 {
     builder().addItem(new qxXmlComment(text), level);
+    return 1;
+}
+
+unsigned char qxXmlDom::onDynamicType(const qxDynamicType& value, const qxString& name, unsigned int level)
+{
+    builder().replaceElement(new qxXmlDynamicType(name, value), level);
+    return 1;
+}
+
+unsigned char qxXmlDom::onObject(qxObject* object, const qxString& name, unsigned int level)
+{
+    builder().replaceElement(new qxXmlObject(name, object), level);
     return 1;
 }
 

@@ -128,6 +128,10 @@ bool qxXmlTree::isPlain(const qxXmlItem& item)
         return typeid(item) == typeid(qxXmlEntityReference);
     case qxXmlItem::PI:
         return typeid(item) == typeid(qxXmlPI);
+    case qxXmlItem::DYNAMIC_TYPE:
+        return typeid(item) == typeid(qxXmlDynamicType);
+    case qxXmlItem::OBJECT:
+        return typeid(item) == typeid(qxXmlObject);
     }
     return false;
 }
@@ -153,6 +157,10 @@ qxXmlItem* qxXmlTree::newCopy(const qxXmlItem& item, qxXmlNames& names)
         return new qxXmlEntityReference(static_cast<const qxXmlEntityReference&>(item));
     case qxXmlItem::PI:
         return new qxXmlPI(static_cast<const qxXmlPI&>(item));
+    case qxXmlItem::DYNAMIC_TYPE:
+        return new qxXmlDynamicType(static_cast<const qxXmlDynamicType&>(item));
+    case qxXmlItem::OBJECT:
+        return new qxXmlObject(static_cast<const qxXmlObject&>(item));
     case qxXmlItem::ITEM:
     case qxXmlItem::DOCUMENT:
         break;

@@ -4,6 +4,7 @@
 
 #include "xml/qxxmlreferences.h"
 #include "xml/qxxmltree.h"
+#include "xml/qxxmlvaluewriter.h"
 
 namespace
 {
@@ -36,6 +37,12 @@ public:
             return;
         case qxXmlTree::PI:
             if (m_flags & QX_XML_STRING_TAGS) addInstruction(static_cast<const qxXmlPI&>(item));
+            return;
+        case qxXmlTree::DYNAMIC_TYPE:
+            addValue(static_cast<const qxXmlDynamicType&>(item));
+            return;
+        case qxXmlTree::OBJECT:
+            if (m_flags & QX_XML_STRING_TAGS) add("<qxObj name=\"", qxXmlTree::getName(item), "\"/>");
             return;
         case qxXmlTree::ITEM:
         case qxXmlTree::DOCUMENT:
@@ -88,6 +95,14 @@ private:
     {
         add("<?", qxXmlTree::getTarget(instruction), " ");
         add("", qxXmlTree::getData(instruction), "?>");
+    }
+
+    void addValue(const qxXmlDynamicType& item)
+    {
+        if (m_flags & QX_XML_STRING_TAGS)
+            m_text += qxXmlValueText(item.getDynamicType(), item.getName());
+        else if (m_flags & QX_XML_STRING_TEXT)
+            addFinished(item.getDynamicType().asString());
     }
 
     void addText(std::string_view text)

@@ -76,6 +76,8 @@ private:
         case qxXmlTree::ELEMENT:
         case qxXmlTree::CUSTOM_DATA:
             openElement(qxXmlTree::asElement(item));
+            if (qxXmlTree::getKind(item) == qxXmlTree::CUSTOM_DATA)
+                m_sax.writeCustomData(item.getName(), static_cast<const qxXmlCustomData&>(item).getData(), 1);
             return;
         case qxXmlTree::CHAR_DATA:
             m_writer.writeCharData(qxXmlTree::getText(item), qxXmlWriterState::AS_TEXT);
@@ -94,6 +96,15 @@ private:
             m_writer.writePI(qxXmlTree::getTarget(instruction), qxXmlTree::getData(instruction));
             return;
         }
+        case qxXmlTree::DYNAMIC_TYPE:
+            writeDocumentType();
+            m_sax.writeDynamicType(static_cast<const qxXmlDynamicType&>(item).getDynamicType(),
+                                   item.getName());
+            return;
+        case qxXmlTree::OBJECT:
+            writeDocumentType();
+            m_sax.writeObject(static_cast<const qxXmlObject&>(item).getObject(), item.getName());
+            return;
         case qxXmlTree::ITEM:
         case qxXmlTree::DOCUMENT:
             return;

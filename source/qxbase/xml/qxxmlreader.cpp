@@ -168,4 +168,5 @@ void qxXmlReaderState::clear()
     text.clear();
     isInIntSubset = false;
     isAttributePending = false;
+    m_refused.clear();
 }

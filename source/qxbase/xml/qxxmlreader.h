@@ -301,6 +301,33 @@ public:
     bool isReading = false;
     bool isInIntSubset = false;      ///< of the document type, where few parameter references are allowed
     bool isAttributePending = false; ///< the last attribute has no value yet
+    bool hasContent = false;         ///< the element that was opened last did not end with its start tag
+
+    // Productions 91 to 93 try the content of an element, and give it back when it is not theirs.
+
+    /// What should have stood in a value, and where something else did.
+    struct Fault {
+        const char* expected = nullptr;
+        unsigned int line = 0;
+        unsigned int column = 0;
+    };
+
+    bool isTrying = false;
+    qxUInt64 tryEnd = NOT_KEPT; ///< position behind which that ends
+    bool wantsFault = false;    ///< keep the first fault of a value in `fault`
+    bool isQuiet = false;       ///< send no warnings
+    Fault fault;
+
+    /// False where too many elements around were given back after elements in them had been looked at: so each is
+    /// looked at a few times at most.
+    bool mayTry()
+    {
+        while (!m_refused.empty() && m_refused.back() >= level()) m_refused.pop_back();
+        return m_refused.size() < MOST_REFUSED;
+    }
+
+    /// Counts the innermost element as given back.
+    void refuse() { m_refused.push_back(level()); }
 
     qxXmlContentTaker* taker = nullptr; ///< who sets it clears it
 
@@ -375,6 +402,9 @@ public:
     void clear();
 
 private:
+    static constexpr std::size_t MOST_REFUSED = 16;
+
+    std::vector<unsigned int> m_refused; // levels
     std::vector<char16_t> m_nameTokens;
     std::size_t m_nameTokensUsed = 0;
 };

@@ -77,7 +77,7 @@ void qxXmlSax::read(qxSerializeAdapter* adapter)
         }
         reportProgressComplete();
     }
-    if (isMalformed)
+    if (isMalformed && !m_reader->isQuiet)
         qxMessage::messageText(qxMessage::getDefaultSender(), QX_LEVEL_WARNING, getError().getString());
 }
 

@@ -245,15 +245,15 @@ qxParseResult qxXmlSax::XML_read_39()
 bool qxXmlSax::openElement()
 {
     XML_read_40();
-    if (XML_read_44() == QX_PARSE_OK) {
+    qxXmlReaderState& state = reader();
+    state.hasContent = XML_read_44() != QX_PARSE_OK;
+    if (!state.hasContent) {
         readSpecialContent();
-        qxXmlReaderState& state = reader();
         reportElementEnd();
         state.pop();
         return false;
     }
     expect(u'>', 4002);
-    qxXmlReaderState& state = reader();
     qxXmlLevel& level = state.levels.back();
     if (isNotifyingItemType(QX_XML_ELEMENT_CONTENTS)) {
         setHistory(getMaxBufferSize());
@@ -269,6 +269,7 @@ bool qxXmlSax::openElement()
 bool qxXmlSax::readSpecialContent()
 {
     qxXmlReaderState& state = reader();
+    if (state.isTrying) return false;
     const qxXmlLevel& level = state.levels.back();
     if (useDynOnly()) return XML_read_91() == QX_PARSE_OK;
     if (level.nameLength == 5 && *state.nameTokens(level) == u'q') {
@@ -424,7 +425,7 @@ void qxXmlSax::takeAttributeValue()
     qxXmlAttributeList& attributes = state.attributes;
     attributes.takeValue();
     const std::size_t last = attributes.size() - 1;
-    if (isFunction(attributes.valueOf(last))) {
+    if (isFunction(attributes.valueOf(last)) && !state.isTrying) {
         const std::string_view argument = attributes.valueOf(last).substr(FUNCTION.size());
         attributes.setValue(onFunction(qxString(argument.data(), argument.size()), state.level()));
     }
@@ -476,6 +477,7 @@ qxParseResult qxXmlSax::XML_read_43()
     qxXmlReaderState& state = reader();
     const unsigned int base = state.level();
     while (hasData()) {
+        if (getTokenPos() > state.tryEnd) stop();
         const char16_t token = *m_view.current;
         if (token == u'&') {
             XML_read_67();
@@ -554,21 +556,4 @@ qxParseResult qxXmlSax::XML_read_68()
     if (isNotifyingItemType(QX_XML_ENTITY_REFERENCE))
         goOn(onEntityReference(name, getCurrentElementLevel(), (m_flags & FLAG_IN_ATTRIBUTE) != 0));
     return QX_PARSE_OK;
-}
-
-// Values of dynamic types, objects and custom data are read as ordinary content: nothing here takes them yet.
-
-qxParseResult qxXmlSax::XML_read_91()
-{
-    return QX_PARSE_NO_MATCH;
-}
-
-qxParseResult qxXmlSax::XML_read_92()
-{
-    return QX_PARSE_NO_MATCH;
-}
-
-qxParseResult qxXmlSax::XML_read_93()
-{
-    return QX_PARSE_NO_MATCH;
 }

@@ -84,6 +84,7 @@ bool qxXmlSax::skipTo(const Run& run, const qxXmlStop& stop)
         if (m_view.current >= m_view.end) {
             m_view.current = m_view.end;
             if (run.check != 0 && getTokenPos() - run.body > LONGEST_TEXT) failCheckAt(run.begin, run.check);
+            if (getTokenPos() > reader().tryEnd) qxXmlSax::stop();
             continue;
         }
         const char16_t token = *m_view.current;

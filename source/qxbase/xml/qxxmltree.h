@@ -6,6 +6,7 @@
 #include "qxxmlelement.h"
 #include "qxxmlitem.h"
 #include "qxxmltext.h"
+#include "qxxmlvalue.h"
 
 #include "xml/qxxmlattributes.h"
 
@@ -29,6 +30,8 @@ public:
     static constexpr Kind COMMENT = qxXmlItem::COMMENT;
     static constexpr Kind REFERENCE = qxXmlItem::REFERENCE;
     static constexpr Kind PI = qxXmlItem::PI;
+    static constexpr Kind DYNAMIC_TYPE = qxXmlItem::DYNAMIC_TYPE;
+    static constexpr Kind OBJECT = qxXmlItem::OBJECT;
 
     static Kind getKind(const qxXmlItem& item) { return static_cast<Kind>(item.m_kind); }
     static bool isElement(const qxXmlItem& item)

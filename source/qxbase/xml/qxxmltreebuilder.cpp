@@ -119,19 +119,21 @@ void qxXmlTreeBuilder::addText(std::string_view text, unsigned int level)
         qxXmlTree::append(parent, qxXmlTree::newCharData(text));
 }
 
-void qxXmlTreeBuilder::replaceElement(qxXmlElement* element, unsigned int level)
+void qxXmlTreeBuilder::replaceElement(qxXmlItem* item, unsigned int level)
 {
     getParent(level);
     Open& open = m_open.back();
     if (open.level != level || !qxXmlTree::isElement(*open.item)) {
-        addItem(element, level);
+        addItem(item, level);
         return;
     }
     m_scratch.finish();
-    std::swap(qxXmlTree::getAttributes(*element),
-              qxXmlTree::getAttributes(static_cast<qxXmlElement&>(*open.item)));
+    m_manyOwner = nullptr;
+    if (qxXmlTree::isElement(*item))
+        std::swap(qxXmlTree::getAttributes(static_cast<qxXmlElement&>(*item)),
+                  qxXmlTree::getAttributes(static_cast<qxXmlElement&>(*open.item)));
     qxXmlItem& parent = *open.item->getParent();
     qxXmlTree::removeBehind(parent, open.before, open.item);
-    qxXmlTree::append(parent, element);
-    open.item = element;
+    qxXmlTree::append(parent, item);
+    open.item = item;
 }

@@ -48,8 +48,9 @@ public:
     /// The same for an item without a parent.
     void addItem(qxXmlItem* item, unsigned int level) { qxXmlTree::append(getParent(level), item); }
 
-    /// Puts `element` in the place of the one that was just opened at `level` and gives it its attributes.
-    void replaceElement(qxXmlElement* element, unsigned int level);
+    /// Puts `item` in the place of the element that was just opened at `level` and gives it its attributes, if it is
+    /// an element.
+    void replaceElement(qxXmlItem* item, unsigned int level);
 
     /// The item that is open at `level`, or at the nearest level below that has one.
     qxXmlItem& getParent(unsigned int level)

@@ -56,6 +56,9 @@ public:
     void writeGenericString(std::string_view text);
     void beginElementContents();
 
+    /// True for a name that elements of this document can have.
+    bool canHoldName(std::string_view name) const { return m_output.canHoldName(name); }
+
     /// Hands what has gathered to the adapter.
     void flush();
 

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxxmlhandlers.h"
+
+qxXmlCustomDataInterface::~qxXmlCustomDataInterface() = default;
+
+qxXmlDynamicTypeInterface::~qxXmlDynamicTypeInterface() = default;
+
+qxXmlObjectInterface::~qxXmlObjectInterface() = default;

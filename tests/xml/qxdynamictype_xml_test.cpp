@@ -3,7 +3,7 @@
 #include "qxdynamictypes.h"
 
 #include "dynamic/qxdynamictest.h"
-#include "qxtestrows.h"
+#include "qxxmltesttree.h"
 
 #include <cmath>
 #include <random>
@@ -31,10 +31,10 @@ std::string readAs(const std::string& text)
 
 void expectSame(const qxDynamicType& value)
 {
-    TestStream stream;
-    value.asXML(&stream);
+    TextSink sink;
+    value.asXML(&sink);
     bool isValue = false;
-    EXPECT_TRUE(readXML(stream.written, isValue) == value) << stream.written.substr(0, 1000);
+    EXPECT_TRUE(readXML(sink.text, isValue) == value) << sink.text.substr(0, 1000);
     EXPECT_TRUE(isValue);
 }
 
@@ -249,9 +249,9 @@ TEST(qxDynamicTypeXML, mayBeDeepAndLong)
     bool isValue = false;
     const qxDynamicType value = readXML(text, isValue);
     ASSERT_TRUE(isValue);
-    TestStream stream;
-    value.asXML(&stream);
-    EXPECT_TRUE(stream.written == text);
+    TextSink sink;
+    value.asXML(&sink);
+    EXPECT_TRUE(sink.text == text);
     EXPECT_EQ(readAs(open),
               "an element \"value\" or the end tag at (Line:1,Col:" + std::to_string(open.size() + 1) + ")");
     EXPECT_THROW(value.asXML(), qxFatalError);

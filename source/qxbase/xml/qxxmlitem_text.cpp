@@ -42,7 +42,7 @@ public:
             addValue(static_cast<const qxXmlDynamicType&>(item));
             return;
         case qxXmlTree::OBJECT:
-            if (m_flags & QX_XML_STRING_TAGS) add("<qxObj name=\"", qxXmlTree::getName(item), "\"/>");
+            if (m_flags & QX_XML_STRING_TAGS) addObject(qxXmlTree::getName(item));
             return;
         case qxXmlTree::ITEM:
         case qxXmlTree::DOCUMENT:
@@ -95,6 +95,13 @@ private:
     {
         add("<?", qxXmlTree::getTarget(instruction), " ");
         add("", qxXmlTree::getData(instruction), "?>");
+    }
+
+    void addObject(std::string_view name)
+    {
+        m_text += "<qxObj name=\"";
+        addText(name);
+        m_text += "\"/>";
     }
 
     void addValue(const qxXmlDynamicType& item)

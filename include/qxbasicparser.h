@@ -155,8 +155,9 @@ public:
     qxParseResult parseInteger();    ///< a sign or none, then digits
     qxParseResult parseLF();
     qxParseResult parseLoAlpha();
-    qxParseResult parseNumber();           ///< an integer, perhaps with a point, digits and an exponent
-    qxParseResult parsePlainIdentifier();  ///< letters, digits, "_", "-" and "."; the first no digit or sign
+    qxParseResult parseNumber(); ///< an integer, perhaps with a point, digits and an exponent
+    /// A letter, "_" or a character above 127, then these, digits, "-" and ".".
+    qxParseResult parsePlainIdentifier();
     qxParseResult parseQuoteToken();       ///< from `"` to the next `"`
     qxParseResult parseQuoteTokenEscape(); ///< the same, where a backslash hides the character behind it
     qxParseResult parseSP();

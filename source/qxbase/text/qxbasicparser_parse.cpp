@@ -2,62 +2,12 @@
 
 #include "qxbasicparser.h"
 
-#include <array>
+#include "text/qxtokenkinds.h"
+
+using namespace qxTokenKinds;
 
 namespace
 {
-
-// Kinds of ASCII tokens.
-enum Kind : unsigned int {
-    SPACE = 1,
-    TAB = 2,
-    CR = 4,
-    LF = 8,
-    LOWER = 16,
-    UPPER = 32,
-    DIGIT = 64,
-    HEX = 128, // digits have this bit too
-    UNDERSCORE = 256,
-    PLAIN = 512, // what plain identifiers hold besides
-    CONTROL = 1024,
-    SIGN = 2048,
-    WHITE_SPACE = SPACE | TAB | CR | LF,
-    LETTER = LOWER | UPPER
-};
-
-constexpr std::array<unsigned short, 128> makeKinds()
-{
-    std::array<unsigned short, 128> kinds{};
-    const auto add = [&kinds](char first, char last, unsigned int kind) {
-        for (char c = first; c <= last && c >= 0; ++c) {
-            unsigned short& place = kinds[static_cast<unsigned char>(c)];
-            place = static_cast<unsigned short>(place | kind);
-        }
-    };
-    add(0, 31, CONTROL);
-    kinds[127] = CONTROL;
-    add(' ', ' ', SPACE);
-    add('\t', '\t', TAB);
-    add('\r', '\r', CR);
-    add('\n', '\n', LF);
-    add('a', 'z', LOWER);
-    add('A', 'Z', UPPER);
-    add('0', '9', DIGIT | HEX);
-    add('a', 'f', HEX);
-    add('A', 'F', HEX);
-    add('_', '_', UNDERSCORE);
-    add('-', '-', PLAIN | SIGN);
-    add('.', '.', PLAIN);
-    add('+', '+', SIGN);
-    return kinds;
-}
-
-constexpr std::array<unsigned short, 128> KINDS = makeKinds();
-
-bool isOfKind(char16_t token, unsigned int kinds)
-{
-    return token < 128 && (KINDS[token] & kinds) != 0;
-}
 
 bool isHighSurrogate(char16_t token)
 {
@@ -181,7 +131,7 @@ qxParseResult qxBasicParser::parseHex()
 
 qxParseResult qxBasicParser::parseIdentifier()
 {
-    return parseOne(LETTER | UNDERSCORE, LETTER | UNDERSCORE | DIGIT);
+    return parseOne(IDENTIFIER_START, IDENTIFIER);
 }
 
 qxParseResult qxBasicParser::parseInteger()
@@ -220,7 +170,7 @@ qxParseResult qxBasicParser::parseNumber()
 
 qxParseResult qxBasicParser::parsePlainIdentifier()
 {
-    return parseOne(LETTER | UNDERSCORE, LETTER | UNDERSCORE | DIGIT | PLAIN);
+    return parseOne(PLAIN_START, PLAIN_IDENTIFIER);
 }
 
 qxParseResult qxBasicParser::parseQuoteToken()

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "qxargument.h"
 #include "qxarray.h"
 #include "qxcleanup.h"
 #include "qxconfig.h"
@@ -58,6 +57,8 @@
 #include "qxdynamictypes.h"
 
 #include "qxbasicparser.h"
+#include "qxlex.h"
+#include "qxstringtokenizer.h"
 
 #include "qxxml.h"
 #include "qxxmldom.h"

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "qxargument.h"
 #include "qxarray.h"
 #include "qxcleanup.h"
 #include "qxconfig.h"
@@ -56,6 +57,7 @@
 #include "qxdynamictypecontainer.h"
 #include "qxdynamictypes.h"
 
+#include "qxargumentparser.h"
 #include "qxbasicparser.h"
 #include "qxlex.h"
 #include "qxstringtokenizer.h"

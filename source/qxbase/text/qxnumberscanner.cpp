@@ -44,6 +44,24 @@ int magnitudeOf(const qxNumberParts& number)
     return static_cast<int>(number.fraction - second) + number.exponent;
 }
 
+// What stands before the point when the exponent has moved it, at most `limit`.
+qxUInt64 wholeOf(const qxNumberParts& number, qxUInt64 limit)
+{
+    const std::ptrdiff_t wholeCount = number.wholeEnd - number.whole;
+    const std::ptrdiff_t count = wholeCount + (number.fractionEnd - number.fraction);
+    const std::ptrdiff_t point = wholeCount + number.exponent;
+    qxUInt64 whole = 0;
+    for (std::ptrdiff_t i = 0; i < point && (i < count || whole != 0); ++i) {
+        const char digit = i >= count       ? '0'
+                           : i < wholeCount ? number.whole[i]
+                                            : number.fraction[i - wholeCount];
+        const unsigned int value = static_cast<unsigned int>(digit - '0');
+        if (whole > (limit - value) / 10) return limit;
+        whole = whole * 10 + value;
+    }
+    return whole;
+}
+
 } // namespace
 
 qxNumberParts qxScanNumber(const char* text, const char* end, char decimalPoint)
@@ -68,25 +86,13 @@ qxNumberParts qxScanNumber(const char* text, const char* end, char decimalPoint)
 qxInt64 qxIntegerOf(const qxNumberParts& number)
 {
     constexpr qxUInt64 LARGEST = std::numeric_limits<qxInt64>::max();
-    const qxUInt64 limit = number.isNegative ? LARGEST + 1 : LARGEST;
+    const qxUInt64 whole = wholeOf(number, number.isNegative ? LARGEST + 1 : LARGEST);
+    return static_cast<qxInt64>(number.isNegative ? 0 - whole : whole);
+}
 
-    // The exponent moves the point; the digits before it are the number.
-    const std::ptrdiff_t wholeCount = number.wholeEnd - number.whole;
-    const std::ptrdiff_t count = wholeCount + (number.fractionEnd - number.fraction);
-    const std::ptrdiff_t point = wholeCount + number.exponent;
-    qxUInt64 magnitude = 0;
-    for (std::ptrdiff_t i = 0; i < point && (i < count || magnitude != 0); ++i) {
-        const char digit = i >= count       ? '0'
-                           : i < wholeCount ? number.whole[i]
-                                            : number.fraction[i - wholeCount];
-        const unsigned int value = static_cast<unsigned int>(digit - '0');
-        if (magnitude > (limit - value) / 10) {
-            magnitude = limit;
-            break;
-        }
-        magnitude = magnitude * 10 + value;
-    }
-    return static_cast<qxInt64>(number.isNegative ? 0 - magnitude : magnitude);
+qxUInt64 qxUnsignedOf(const qxNumberParts& number)
+{
+    return number.isNegative ? 0 : wholeOf(number, std::numeric_limits<qxUInt64>::max());
 }
 
 double qxDoubleOf(const qxNumberParts& number)

@@ -26,5 +26,8 @@ qxNumberParts qxScanNumber(const char* text, const char* end, char decimalPoint)
 /// The number cut off toward zero; beyond 64 bits the nearest that fits. 0 without digits.
 qxInt64 qxIntegerOf(const qxNumberParts& number);
 
+/// The same without a sign: 0 for a negative number.
+qxUInt64 qxUnsignedOf(const qxNumberParts& number);
+
 /// The nearest double; infinite beyond its range, 0 below it and without digits.
 double qxDoubleOf(const qxNumberParts& number);

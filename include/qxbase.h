@@ -59,6 +59,7 @@
 
 #include "qxargumentparser.h"
 #include "qxbasicparser.h"
+#include "qxcommandline.h"
 #include "qxlex.h"
 #include "qxstringtokenizer.h"
 

@@ -16,7 +16,8 @@ namespace
 
 const char HELP[] = R"(usage: qx COMMAND …
 
-Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and shows values.
+Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and shows values; takes
+texts apart.
 Data goes to standard output, everything else to standard error.
 FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.
 
@@ -38,6 +39,9 @@ FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--
                                          vec2 vec3 vec4 mat3 mat4
   qx bin dump FILE --as 'TYPE…' [--little]
                                          prints the values that the bytes of a file are
+  qx lex FILE [--strings] [--comments] [--slash] [--hash] [--set] [--escape] [--hex] [--decimal C]
+     [--tokens-only] [--bytes]           prints the tokens that a text is made of
+  qx args [--prefix P] -- TEXT           prints how a command line is split
   qx demo                                shows some of these at work
   qx --version
   qx --help
@@ -56,7 +60,8 @@ const Command COMMANDS[] = {
     {"xml", "check", runXmlCheck}, {"xml", "events", runXmlEvents}, {"xml", "tree", runXmlTree},
     {"xml", "get", runXmlGet},     {"xml", "set", runXmlSet},       {"xml", "format", runXmlFormat},
     {"id", "new", runIdNew},       {"id", "show", runIdShow},       {nullptr, "time", runTime},
-    {"bin", "pack", runBinPack},   {"bin", "dump", runBinDump},     {nullptr, "demo", runDemo},
+    {"bin", "pack", runBinPack},   {"bin", "dump", runBinDump},     {nullptr, "lex", runLex},
+    {nullptr, "args", runArgs},    {nullptr, "demo", runDemo},
 };
 
 qxStatus dispatch(qxReport& report, const std::vector<std::string>& words)

@@ -122,7 +122,7 @@ public:
     /// of the data 0.
     unsigned int getLexToken(qxSerializeAdapter* adapter);
 
-    qxLexDataType getDataType() const;
+    qxLexDataType getDataType() const { return m_type; }
 
     /// The value; "void" when nothing was read.
     qxDynamicType getData() const;
@@ -163,9 +163,8 @@ public:
 private:
     friend qxArray<qxLexTokenData> getLexTokenDataArray(const qxString& text, unsigned int flags);
 
-    void readToken(qxSerializeAdapter& adapter, bool isCharacter);
-
     std::unique_ptr<qxLexState> m_state;
+    qxLexDataType m_type = QX_LEX_NONE; // of the token that was read last
 };
 
 /// True when there is a token of this index, its type is in `mask` and its value equals `value`.

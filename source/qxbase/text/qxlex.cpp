@@ -115,18 +115,13 @@ qxLexEncoding qxSerializeLex::getEncoding() const
 
 void qxSerializeLex::read(qxSerializeAdapter* adapter)
 {
-    m_state->readToken(*adapter, false);
+    m_type = m_state->readToken(*adapter, false);
 }
 
 unsigned int qxSerializeLex::getLexToken(qxSerializeAdapter* adapter)
 {
-    m_state->readToken(*adapter, true);
+    m_type = m_state->readToken(*adapter, true);
     return static_cast<unsigned int>(m_state->found.number);
-}
-
-qxLexDataType qxSerializeLex::getDataType() const
-{
-    return m_state->found.type;
 }
 
 qxDynamicType qxSerializeLex::getData() const
@@ -201,11 +196,13 @@ unsigned int qxSerializeLex::getDataSize(qxSerializeAdapter*)
 void qxSerializeLex::pushBack(qxSerializeAdapter* adapter)
 {
     m_state->giveBack(*adapter);
+    m_type = m_state->found.type;
 }
 
 void qxSerializeLex::pushBack(qxSerializeAdapter* adapter, unsigned int character)
 {
     m_state->giveBack(*adapter, character);
+    m_type = m_state->found.type;
 }
 
 void qxSerializeLex::qPush(unsigned int character)

@@ -73,13 +73,17 @@ private:
             return setText(QX_LEX_IDENTIFIER, 0, m_in.position());
         }
         if ((kinds & qxTokenKinds::DIGIT) != 0) return scanNumber();
-        if ((kinds & qxTokenKinds::WHITE_SPACE) != 0) {
-            m_in.takeRun(qxTokenKinds::WHITE_SPACE);
-            m_found.type = QX_LEX_SPACE;
-            m_found.isSimple = false;
-            return;
-        }
+        if ((kinds & qxTokenKinds::WHITE_SPACE) != 0) return scanSpace();
         scanSpecial(c);
+    }
+
+    void scanSpace()
+    {
+        m_found.type = QX_LEX_SPACE;
+        m_in.takeRun(qxTokenKinds::WHITE_SPACE & ~static_cast<unsigned int>(qxTokenKinds::LF));
+        if (m_in.peek() != '\n') return;
+        m_found.isSimple = false;
+        m_in.takeRun(qxTokenKinds::WHITE_SPACE);
     }
 
     void scanSpecial(int c)

@@ -8,7 +8,7 @@
 #include "text/qxnumberscanner.h"
 
 #include <algorithm>
-#include <numeric>
+#include <cstring>
 #include <string>
 #include <typeinfo>
 
@@ -39,7 +39,7 @@ void qxLexState::setEncoding()
     forgetOpeners();
 }
 
-void qxLexState::readToken(qxSerializeAdapter& adapter, bool isCharacter)
+qxLexDataType qxLexState::readToken(qxSerializeAdapter& adapter, bool isCharacter)
 {
     leaveToken();
     tokenForm = options.form;
@@ -51,6 +51,18 @@ void qxLexState::readToken(qxSerializeAdapter& adapter, bool isCharacter)
     if (!isRead) readStream(adapter, isCharacter);
     if (found.opener != 0) noteOpener(adapter);
     if (!found.isSimple && tokenForm != qxTokenForm::BYTE && found.type != QX_LEX_SPACE) reportFaults();
+    return found.type;
+}
+
+/// Copies the token; most are so short that all of the room is copied faster than just their bytes.
+inline void qxLexState::keep(std::span<const unsigned char> lent)
+{
+    if (found.size > SHORT_TOKEN || lent.size() < SHORT_TOKEN || bytes.size() < SHORT_TOKEN) [[unlikely]] {
+        bytes.assign(lent.data(), lent.data() + found.size);
+        if (bytes.size() < SHORT_TOKEN) bytes.resize(SHORT_TOKEN);
+    } else {
+        std::memcpy(bytes.data(), lent.data(), SHORT_TOKEN);
+    }
 }
 
 /// Reads a token where it lies; false when the bytes that are lent do not tell where it ends.
@@ -69,7 +81,7 @@ bool qxLexState::readLent(qxSerializeAdapter& adapter, bool isCharacter)
             if (lent.size() == BLOCK && wanted == BLOCK) continue;
             if (in.isCharacterCut()) return false;
         }
-        bytes.assign(lent.data(), lent.data() + found.size);
+        keep(lent);
         qxAdapterBytes::consume(adapter, found.size);
         adapterBytes = found.size;
         position += found.size;
@@ -125,7 +137,8 @@ void qxLexState::leaveToken()
         column += tokenForm >= qxTokenForm::UTF16_LITTLE ? found.size / 2 : found.size;
     else
         advancePlace();
-    found = {};
+    found.size = 0; // the rest is set by whoever reads the next
+    found.isSimple = true;
     hasFaults = false;
 }
 

@@ -11,13 +11,15 @@
 struct qxLexState {
     static constexpr unsigned int BLOCK = 65536;        // bytes that are borrowed at once
     static constexpr unsigned int MAX_TOKEN = 16777216; // bytes
+    static constexpr unsigned int SHORT_TOKEN = 16;     // bytes that are copied at once
 
     void setEncoding();
 
     /// To be called when other closers may count from now on.
     void forgetOpeners();
 
-    void readToken(qxSerializeAdapter& adapter, bool isCharacter);
+    /// Returns the type of the token.
+    qxLexDataType readToken(qxSerializeAdapter& adapter, bool isCharacter);
     void giveBack(qxSerializeAdapter& adapter);
     void giveBack(qxSerializeAdapter& adapter, unsigned int character);
 
@@ -48,7 +50,7 @@ struct qxLexState {
 
     // The token
     qxLexFound found;
-    std::vector<unsigned char> bytes;
+    std::vector<unsigned char> bytes;          // and perhaps others behind
     qxTokenForm tokenForm = qxTokenForm::BYTE; // of the bytes; the options may have changed since
     unsigned int adapterBytes = 0;             // all but those of queued characters
     bool hasFaults = false;
@@ -74,6 +76,7 @@ private:
 
     template <qxTokenForm FORM>
     bool readLent(qxSerializeAdapter& adapter, bool isCharacter);
+    void keep(std::span<const unsigned char> lent);
     void readStream(qxSerializeAdapter& adapter, bool isCharacter);
     bool isKnownOpen(unsigned char opener, qxSerializeAdapter& adapter, qxUInt64 taken);
     void noteOpener(qxSerializeAdapter& adapter);

@@ -61,8 +61,9 @@ enum qxLexEncoding : unsigned int {
 /// the start mean nothing. Integers beyond 64 bits become the nearest, hexadecimal ones of 16 digits keep their bits.
 /// A zero has no sign.
 ///
-/// A quote or bracket that is never closed is a single character, and what follows it is read as if it were not there; it
-/// is looked for 16,777,216 characters far. A comment that is not closed goes on to the end of the data.
+/// A quote or bracket that is never closed is a single character, and what follows it is read as if it were not there. A
+/// comment that is not closed goes on to the end of the data. No token has more than 16,777,216 bytes: what is left of it
+/// is the next one, and closers are looked for no farther.
 ///
 /// Lifetime: holds no adapter; a token stays until the next is read.
 /// Threads:  one thread at a time, as the adapter.

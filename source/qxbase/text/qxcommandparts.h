@@ -17,9 +17,9 @@ struct qxCommandParts {
         std::string value; // empty: it takes none
         std::string summary;
 
-        bool isNamed(std::string_view name) const
+        bool isNamed(std::string_view text) const
         {
-            return !name.empty() && (name == shortName || name == longName);
+            return !text.empty() && (text == shortName || text == longName);
         }
         const std::string& getName() const { return longName.empty() ? shortName : longName; }
 

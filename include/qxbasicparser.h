@@ -1,4 +1,4 @@
-// The parser's token layer: characters from a byte stream, with push-back, places and errors.
+// The grammar parser: characters from a byte stream, with push-back and places, matched by rules.
 // SPDX-License-Identifier: see LICENSE
 
 #pragma once
@@ -6,11 +6,14 @@
 #include "qxargument.h"
 #include "qxerror.h"
 #include "qxforward.h"
+#include "qxruleset.h"
 #include "qxstring.h"
 
 #include <cstddef>
 #include <memory>
 
+class qxRuleRun;
+class qxRuleProgram;
 class qxTokenWindow;
 
 /// The result of every step of a parser and of every parser function.
@@ -18,6 +21,13 @@ enum qxParseResult : unsigned int {
     QX_PARSE_ERROR = 0,   ///< the whole parse stops
     QX_PARSE_OK = 1,      ///< the construct matched and its input is taken
     QX_PARSE_NO_MATCH = 2 ///< the construct did not match and the input is where it was
+};
+
+/// Where a capture starts.
+struct qxParserMark {
+    unsigned int position; ///< in the input, in tokens: the low 32 bits
+    unsigned int depth;    ///< of the rules at the time
+    unsigned char flag;    ///< whether the match so far had succeeded, for "@"; 0 for "$"
 };
 
 /// The tokens of an input that are in memory: [held | current ... end], with a 0 behind the end. Some memory
@@ -44,7 +54,7 @@ public:
     ~qxParserException() override;
 };
 
-/// Reads the characters of a byte stream as 16-bit tokens that can be given back.
+/// Reads the characters of a byte stream as 16-bit tokens that can be given back, and matches them by rules.
 ///
 /// Bytes are UTF-8, UTF-16 or one character each, as useUtf8 and useUnicode say; at first one character each.
 /// Where one of the two is on, a byte-order mark at the start of the input is dropped and selects the
@@ -56,6 +66,10 @@ public:
 ///
 /// The parse... operations match what stands next and take nothing unless they match; at the end of the input
 /// all of them answer "no match".
+///
+/// Rules are text, in the language that docs/rules.md describes: a derived class registers its operations as
+/// functions, which the rules call by name, and runs a rule. Every alternative of a rule is run, also those behind one
+/// that matched; what functions did in an alternative that does not count is taken back by restoreState.
 ///
 /// Lifetime: holds a reference to the adapter while it is attached, but never deletes one that nobody else
 ///           held; such an adapter must outlive the parser or be detached with setAdapter(nullptr).
@@ -72,7 +86,7 @@ public:
     // Input
 
     /// Attaches `adapter`, or none when null, and starts a new input there. The one before gets back what was
-    /// not used. Refused with the error "Parser is busy reading" while the parser is reading a document.
+    /// not used. Refused with the error "Parser is busy reading" while the parser is reading a document or runs a rule.
     void setAdapter(qxSerializeAdapter* adapter);
     qxSerializeAdapter* getAdapter() const { return m_adapter; }
 
@@ -89,8 +103,8 @@ public:
     /// over. `other` keeps the adapter attached and can take the input back the same way.
     void continueParsingFrom(qxBasicParser& other);
 
-    /// Forgets the error, the place and the tokens that could be given back; the adapter's next byte starts a
-    /// new input. Switches, limits and the progress message stay.
+    /// Forgets the error, the place, the marks and the tokens that could be given back; the adapter's next byte
+    /// starts a new input. Rules, functions, switches, limits and the progress message stay.
     void reset();
 
     // Place
@@ -102,6 +116,9 @@ public:
     /// Of the next token, from 1, in characters.
     unsigned int getColumn() const;
     void setColumn(unsigned int column);
+
+    /// The place of a position that can be gone back or forward to; false for others.
+    bool getPlaceOf(qxUInt64 position, unsigned int& line, unsigned int& column);
 
     /// Tokens taken since the start of the input.
     qxUInt64 getTokenPos() const { return positionOf(m_view.current); }
@@ -165,10 +182,10 @@ public:
     qxParseResult parseSetTokenEscape();
     qxParseResult parseSingleQuoteToken(); ///< from "'" to the next "'"
     qxParseResult parseSingleQuoteTokenEscape();
-    qxParseResult parseToCREOL(); ///< up to and with the next CR LF, or to the end of the input
-    qxParseResult parseToEOL();   ///< up to and with the next LF, or to the end of the input
+    qxParseResult parseToCREOL(); ///< everything before the next CR or LF, or up to the end; may be empty
+    qxParseResult parseToEOL();   ///< everything before the next LF, or up to the end; may be empty
     qxParseResult parseUpAlpha();
-    qxParseResult parseWS(); ///< one of white space
+    qxParseResult parseWS(); ///< one or more spaces and tabs
 
     void skipWS();             ///< spaces and tabs
     void skipAllWS();          ///< white space
@@ -176,8 +193,73 @@ public:
     void skipToCREOL();        ///< as parseToCREOL
     void skipAllExceptCREOL(); ///< as parseAllExceptCREOL
 
-    /// What becomes of a function name that nobody knows: the error "Unknow parse function '%s'".
-    qxParseResult parseFunction(const qxString& name);
+    // Rules
+
+    /// Runs on this rule set from now on, or on none when null. Refused with the error "Parser is busy reading" while
+    /// a rule runs; so are the next two.
+    void setRules(qxRuleSet* rules);
+    qxRefPointer<qxRuleSet> getRules() const;
+
+    /// Loads a rule set and runs on it. A text that is none sends the warning "Malformed rule in parser -> '%s'" with
+    /// the rule, and false leaves the rules as they were.
+    bool loadRules(const char* text, std::size_t length);
+    bool loadRules(const qxString& text) { return loadRules(text.getString(), text.length()); }
+
+    /// Rules can call `function` by this name from now on, unless a rule has the name. `Owner` is the class of the
+    /// parser itself, derived from this one.
+    template <class Owner>
+    void registerFunction(const char* name, qxParseResult (Owner::*function)())
+    {
+        addFunction(name, static_cast<qxParseResult (qxBasicParser::*)()>(function));
+    }
+
+    /// Runs the rule of this name on the input: a rule of the set, else a registered function, else a built-in parser
+    /// such as "parseAlpha", else parseFunction. Without an adapter the error "Adapter out of Data". Functions may call
+    /// it in their turn.
+    qxParseResult parseRule(const char* name);
+    qxParseResult parseRule(const qxString& name = "main") { return parseRule(name.getString()); }
+
+    /// What becomes of a function name that nobody knows: the base sets the error "Unknow parse function '%s'" and
+    /// returns QX_PARSE_ERROR.
+    virtual qxParseResult parseFunction(const qxString& name);
+
+    // Marks, which rules set by "$" and "@" and functions take
+
+    /// With it on the oldest mark is taken first; at first off, the newest.
+    void useFirstInFirstOut(unsigned char on);
+    void setMark(unsigned char flag = 0);
+    bool takeMark(qxParserMark& mark);
+
+    /// Takes a mark and gives the text from there to the next token; without a mark the whole text from the start of
+    /// the input. False, with the error of getTokenData, when there is no such text.
+    bool takeMarkedText(qxString& text);
+
+    // What a run may cost
+
+    /// Steps that a run may take, besides 1,000 for each token that it reached; at first 100,000,000. Each element of a
+    /// rule that is tried is a step. A run that takes more ends with the error "Too many steps in rule '%s' at
+    /// (Line:%d,Col:%d) -> %s".
+    void setMaxSteps(qxUInt64 count);
+
+    /// How deeply rules and groups may be nested; at first 1,000,000, which is some 100 MB. A run that goes deeper
+    /// ends with the error "Rules nested too deeply in rule '%s' at ...", and a rule that calls itself before it takes
+    /// anything with "Left recursion in rule '%s' at ...".
+    void setMaxDepth(unsigned int count);
+
+    /// True when the last run ended by one of these three errors.
+    bool hasReachedLimit() const;
+
+    // Why a run did not match
+
+    /// The farthest position where something was tried that did not match, of the last run.
+    qxUInt64 getFarthestPosition() const;
+
+    /// What was tried there, as it stands in the rules, with commas between; at most eight. The names of rules stand
+    /// for what they begin with.
+    qxString getExpected() const;
+
+    /// Sends a debug message at each entry and exit of a rule or function; at first off.
+    void useTrace(unsigned char on);
 
     /// "Error", "OK", "No Match", and "Unknown Error" for every other value.
     static const char* parseResultString(qxParseResult result);
@@ -279,6 +361,12 @@ protected:
     /// Tokens that fill keeps behind the current one; at first as many as can be given back.
     void setHistory(unsigned int count);
 
+    /// Functions that keep what they parse override both. saveState returns a number for what there is now, and
+    /// restoreState goes back, or forward again, to what a number stands for; with `isFinal` no number that was given
+    /// out later comes again. They are called only when a function was called in between.
+    virtual qxUInt64 saveState();
+    virtual void restoreState(qxUInt64 state, bool isFinal);
+
     /// While it is on, the adapter cannot be changed.
     bool isBusy() const { return m_busy; }
 
@@ -296,6 +384,14 @@ protected:
     void reportProgressComplete();
 
 private:
+    friend class qxPatternParsers;
+    friend class qxRuleRun;
+
+    void addFunction(const char* name, qxParseResult (qxBasicParser::*function)());
+    bool refuseWhenRunning();
+    bool readTokenData(qxUInt64 position, unsigned int count, qxString& text);
+    bool rewindTo(qxUInt64 position);
+    qxRuleRun& rules();
     char16_t getNextTokenSlowly(bool skipWhiteSpace);
     char16_t peekSlowly(unsigned int offset);
     qxParseResult parseOne(unsigned int kinds);
@@ -311,6 +407,7 @@ private:
     void reportProgressNow();
 
     std::unique_ptr<qxTokenWindow> m_window;
+    std::unique_ptr<qxRuleRun> m_rules; // null until rules are used
     qxSerializeAdapter* m_adapter = nullptr;
     unsigned int m_maxBufferSize = 1048576;
     unsigned char m_unicode = 0;

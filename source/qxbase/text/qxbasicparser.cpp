@@ -5,6 +5,7 @@
 #include "qxarray.h"
 #include "qxprogress.h"
 #include "qxserializeadapter.h"
+#include "text/qxrulerun.h"
 #include "text/qxtokenwindow.h"
 
 #include <algorithm>
@@ -41,7 +42,7 @@ qxBasicParser::~qxBasicParser() noexcept(false)
 
 void qxBasicParser::setAdapter(qxSerializeAdapter* adapter)
 {
-    if (refuseWhenBusy()) return;
+    if (refuseWhenBusy() || refuseWhenRunning()) return;
     detach();
     startInput();
     attach(adapter, adapter && adapter->getRef() > 0);
@@ -116,9 +117,10 @@ void qxBasicParser::continueParsingFrom(qxBasicParser& other)
 
 void qxBasicParser::reset()
 {
-    if (refuseWhenBusy()) return;
+    if (refuseWhenBusy() || refuseWhenRunning()) return;
     if (m_adapter) m_window->release(*m_adapter, m_view);
     startInput();
+    if (m_rules) m_rules->reset();
     m_hasError = false;
     m_error.clear();
     m_errorText.clear();
@@ -143,6 +145,17 @@ unsigned int qxBasicParser::getColumn() const
 void qxBasicParser::setColumn(unsigned int column)
 {
     m_window->setColumn(m_view, column);
+}
+
+bool qxBasicParser::getPlaceOf(qxUInt64 position, unsigned int& line, unsigned int& column)
+{
+    if (position < m_view.bufferPos || position > positionOf(m_view.end)) return false;
+    const char16_t* const current = m_view.current;
+    m_view.current = tokenAt(position);
+    line = getLine();
+    column = getColumn();
+    m_view.current = current;
+    return true;
 }
 
 bool qxBasicParser::fill()
@@ -246,13 +259,31 @@ bool qxBasicParser::isHeld(qxUInt64 position, unsigned int count)
 
 qxString qxBasicParser::getTokenData(qxUInt64 position, unsigned int count)
 {
-    if (!isHeld(position, count)) return qxString();
-    std::vector<char> text(std::size_t{3} * std::min(count, qxString::MAX_LENGTH + 1));
-    std::size_t length = text.size();
-    if (count <= qxString::MAX_LENGTH) length = qxTokensToUTF8(tokenAt(position), count, text.data());
-    if (length <= qxString::MAX_LENGTH) return qxString(text.data(), length);
+    qxString text;
+    readTokenData(position, count, text);
+    return text;
+}
+
+/// Leaves `text` as it is when there is an error.
+bool qxBasicParser::readTokenData(qxUInt64 position, unsigned int count, qxString& text)
+{
+    constexpr unsigned int SHORT = 256; // tokens whose text needs no memory of its own on the way
+    char room[3 * SHORT];
+    if (!isHeld(position, count)) return false;
+    if (count <= SHORT) {
+        text = qxString(room, qxTokensToUTF8(tokenAt(position), count, room));
+        return true;
+    }
+    if (count <= qxString::MAX_LENGTH) {
+        std::vector<char> bytes(std::size_t{3} * count);
+        const std::size_t length = qxTokensToUTF8(tokenAt(position), count, bytes.data());
+        if (length <= qxString::MAX_LENGTH) {
+            text = qxString(bytes.data(), length);
+            return true;
+        }
+    }
     setErrorText("Too many characters in qxString");
-    return qxString();
+    return false;
 }
 
 bool qxBasicParser::getTokenData(qxUInt64 position, unsigned int count, qxArray<unsigned char>& bytes)

@@ -210,20 +210,13 @@ qxParseResult qxBasicParser::parseSingleQuoteTokenEscape()
 
 qxParseResult qxBasicParser::parseToCREOL()
 {
-    if (!hasData()) return QX_PARSE_NO_MATCH;
-    char16_t last = 0;
-    while (hasData()) {
-        const char16_t token = *m_view.current++;
-        if (token == u'\n' && last == u'\r') break;
-        last = token;
-    }
-    return QX_PARSE_OK;
+    return parseAllExceptCREOL();
 }
 
 qxParseResult qxBasicParser::parseToEOL()
 {
     if (!hasData()) return QX_PARSE_NO_MATCH;
-    while (hasData() && *m_view.current++ != u'\n') {}
+    while (hasData() && *m_view.current != u'\n') ++m_view.current;
     return QX_PARSE_OK;
 }
 
@@ -234,7 +227,7 @@ qxParseResult qxBasicParser::parseUpAlpha()
 
 qxParseResult qxBasicParser::parseWS()
 {
-    return parseOne(WHITE_SPACE);
+    return parseOne(SPACE | TAB, SPACE | TAB);
 }
 
 void qxBasicParser::skipWS()

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "qxbasicparser.h"
+
+#include "qxmessage.h"
+#include "text/qxrulerun.h"
+#include "text/qxtokenwindow.h"
+
+void qxBasicParser::setRules(qxRuleSet* rules)
+{
+    if (!refuseWhenRunning()) this->rules().setRules(rules);
+}
+
+qxRefPointer<qxRuleSet> qxBasicParser::getRules() const
+{
+    return m_rules ? m_rules->getRules() : nullptr;
+}
+
+bool qxBasicParser::loadRules(const char* text, std::size_t length)
+{
+    if (refuseWhenRunning()) return false;
+    qxString malformed;
+    const qxRefPointer<qxRuleSet> loaded = qxRuleSet::load(text, length, nullptr, &malformed);
+    if (!loaded) {
+        qxMessage::message(QX_LEVEL_WARNING, "Malformed rule in parser -> '%s'", malformed);
+        return false;
+    }
+    rules().setRules(loaded);
+    return true;
+}
+
+void qxBasicParser::addFunction(const char* name, qxParseResult (qxBasicParser::*function)())
+{
+    if (!refuseWhenRunning()) rules().addFunction(name, function);
+}
+
+qxParseResult qxBasicParser::parseRule(const char* name)
+{
+    if (m_adapter) return rules().run(name);
+    setErrorText("Adapter out of Data");
+    return QX_PARSE_ERROR;
+}
+
+void qxBasicParser::useFirstInFirstOut(unsigned char on)
+{
+    rules().useFirstInFirstOut(on != 0);
+}
+
+void qxBasicParser::setMark(unsigned char flag)
+{
+    rules().setMark(flag);
+}
+
+bool qxBasicParser::takeMark(qxParserMark& mark)
+{
+    return rules().takeMark(mark);
+}
+
+bool qxBasicParser::takeMarkedText(qxString& text)
+{
+    qxParserMark mark;
+    const qxUInt64 end = getTokenPos();
+    qxUInt64 count = end;
+    if (takeMark(mark)) count = static_cast<unsigned int>(end) - mark.position; // modulo 2^32, as marks are
+    if (count <= m_maxBufferSize) return readTokenData(end - count, static_cast<unsigned int>(count), text);
+    setErrorText("Too Large Pushback in basic parser");
+    return false;
+}
+
+void qxBasicParser::setMaxSteps(qxUInt64 count)
+{
+    rules().setMaxSteps(count);
+}
+
+void qxBasicParser::setMaxDepth(unsigned int count)
+{
+    rules().setMaxDepth(count);
+}
+
+bool qxBasicParser::hasReachedLimit() const
+{
+    return m_rules && m_rules->hasReachedLimit();
+}
+
+qxUInt64 qxBasicParser::getFarthestPosition() const
+{
+    return m_rules ? m_rules->getFarthestPosition() : 0;
+}
+
+qxString qxBasicParser::getExpected() const
+{
+    return m_rules ? m_rules->getExpected() : qxString();
+}
+
+void qxBasicParser::useTrace(unsigned char on)
+{
+    rules().useTrace(on != 0);
+}
+
+qxUInt64 qxBasicParser::saveState()
+{
+    return 0;
+}
+
+void qxBasicParser::restoreState(qxUInt64, bool) {}
+
+/// Sets the error "Parser is busy reading" and returns true while a rule runs.
+bool qxBasicParser::refuseWhenRunning()
+{
+    const bool isRunning = m_rules && m_rules->isRunning();
+    if (isRunning) setErrorText("Parser is busy reading");
+    return isRunning;
+}
+
+/// Goes back, or forward again, to a position that is held.
+bool qxBasicParser::rewindTo(qxUInt64 position)
+{
+    const qxUInt64 end = positionOf(m_view.end);
+    const bool isNear =
+        position >= m_view.bufferPos && position <= end &&
+        (end - position <= m_maxBufferSize || m_window->reached(m_view) - position <= m_maxBufferSize);
+    if (isNear)
+        m_view.current = tokenAt(position);
+    else
+        setErrorText("Too Large Pushback in basic parser");
+    return isNear;
+}
+
+qxRuleRun& qxBasicParser::rules()
+{
+    if (!m_rules) m_rules = std::make_unique<qxRuleRun>(*this);
+    return *m_rules;
+}

@@ -1,0 +1,53 @@
+// The marks that captures start at, and a way back to earlier states of them.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxbasicparser.h"
+
+#include <cstddef>
+#include <vector>
+
+/// A queue from whose ends marks are taken. It writes down every change, so that a parser that goes back in its input
+/// can go back here as well, and forward again.
+class qxMarkQueue
+{
+public:
+    /// What happened to the queue.
+    struct Change {
+        enum Kind : unsigned char { ADDED, TOOK_NEWEST, TOOK_OLDEST };
+        Kind kind;
+        qxParserMark mark;
+    };
+
+    void add(const qxParserMark& mark) { apply({Change::ADDED, mark}); }
+
+    /// Takes the newest mark, or the oldest one; false when there is none.
+    bool take(bool isOldest, qxParserMark& mark);
+
+    bool isEmpty() const { return m_first == m_marks.size(); }
+    std::size_t getCount() const { return m_marks.size() - m_first; }
+    void clear();
+
+    /// How much was written down.
+    std::size_t getHeight() const { return m_changes.size(); }
+
+    /// Takes back all changes from `height` on.
+    void undo(std::size_t height);
+
+    /// As undo; the changes are appended to `kept` in their order.
+    void undo(std::size_t height, std::vector<Change>& kept);
+
+    /// Makes a change again, or anew.
+    void apply(const Change& change);
+
+    /// Nobody goes back to where it was behind `height`, so that marks that were added and taken since can be forgotten.
+    void settle(std::size_t height);
+
+private:
+    static constexpr std::size_t FEW = 16; // changes that are looked through
+
+    std::vector<qxParserMark> m_marks;
+    std::size_t m_first = 0; // the oldest
+    std::vector<Change> m_changes;
+};

@@ -1,0 +1,113 @@
+// A rule set joined to the functions of a parser.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxruleset.h"
+#include "text/qxrulecode.h"
+#include "text/qxtokenparsers.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Functions by their names.
+typedef std::map<std::string, qxParserFunction, std::less<>> qxParserFunctions;
+
+/// What a name in a rule stands for.
+struct qxRuleTarget {
+    enum Kind : unsigned char {
+        RULE,    ///< `index` is that of the rule
+        SET,     ///< a built-in parser of one character; `index` is that of its set
+        BUILTIN, ///< another built-in parser
+        OWNER,   ///< a function of the owner
+        UNKNOWN
+    };
+    Kind kind = UNKNOWN;
+    unsigned int index = 0;
+    qxParserFunction function = nullptr;
+};
+
+/// What an element, alternative or body can begin with.
+struct qxRuleStart {
+    qxUInt64 bits[qxCharSet::BITS / 64] = {}; ///< tokens below 256
+    bool isAbove = false;                     ///< tokens from there on
+    bool isNullable = false;                  ///< it may match nothing
+    bool mustRun = false;  ///< before it looks at a token something else happens that can be told
+    bool isImpure = false; ///< functions of the owner may be called anywhere in it, or a fault is met
+
+    bool admits(char16_t token) const
+    {
+        return token < qxCharSet::BITS ? (bits[token / 64] >> (token % 64) & 1) != 0 : isAbove;
+    }
+
+    /// True when it fails before `token`, and nobody can tell whether it was tried.
+    bool isSureToFail(char16_t token) const { return !isNullable && !mustRun && !admits(token); }
+
+    void add(const qxRuleStart& other); ///< all but isNullable
+    void add(const qxCharSet& set);
+};
+
+/// A call that a rule may make before it takes anything.
+struct qxRuleLeftCall {
+    unsigned int rule; ///< that is called
+    unsigned int node;
+};
+
+/// Built once for a rule set and the functions of a kind of parser, and then never changed, so that parsers on many
+/// threads can share it.
+class qxRuleProgram
+{
+public:
+    /// `code` must be there as long as the program.
+    qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& functions);
+
+    const qxRuleCode& getCode() const { return m_code; }
+    const qxRuleTarget& getTarget(unsigned int name) const { return m_targets[name]; }
+    const qxCharSet& getSet(unsigned int index) const { return m_sets[index]; }
+    const qxRuleStart& getStart(unsigned int alternative) const { return m_alternatives[alternative]; }
+    const qxRuleStart& getBodyStart(unsigned int body) const { return m_bodies[body]; }
+
+    /// True when the node is matched without a frame of its own: it calls nobody but built-in parsers.
+    bool isSimple(unsigned int node) const { return m_simple[node] != 0; }
+
+    /// True when the node may match nothing.
+    bool isNullable(const qxRuleNode& node) const { return isNullableNow(node); }
+
+    /// The calls that each rule may make before it takes anything.
+    std::vector<std::vector<qxRuleLeftCall>> findLeftCalls() const;
+
+    /// What `name` stands for, also one that no rule holds; never a SET.
+    qxRuleTarget find(std::string_view name) const;
+
+private:
+    qxRuleTarget findFunction(std::string_view name) const;
+    unsigned int addSet(std::string_view text);
+    bool isSimpleNode(const qxRuleNode& node) const;
+    void findImpureRules();
+    bool findNullableBodies();
+    bool isNullableNow(const qxRuleNode& whole) const;
+    void findStarts();
+    void addLeftCalls(unsigned int node, std::vector<qxRuleLeftCall>& calls) const;
+    void computeRule(unsigned int rule);
+    void computeAlternative(unsigned int alternative, qxRuleStart& start) const;
+    qxRuleStart startOf(const qxRuleNode& node) const;
+    void startAnywhere();
+
+    const qxRuleCode& m_code;
+    const qxParserFunctions m_functions;
+    std::vector<qxCharSet> m_sets; // of the built-in parsers of one character
+    std::vector<qxRuleTarget> m_targets;
+    std::vector<unsigned char> m_simple;
+    std::vector<unsigned char> m_impureRules;
+    std::vector<unsigned char> m_openRules; // whose start is being computed, or not yet
+    std::vector<qxRuleStart> m_alternatives;
+    std::vector<qxRuleStart> m_bodies;
+};
+
+/// A program that keeps its rule set alive.
+std::shared_ptr<const qxRuleProgram> qxMakeRuleProgram(const qxRefPointer<qxRuleSet>& rules,
+                                                       const qxParserFunctions& functions);

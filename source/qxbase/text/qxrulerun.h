@@ -1,0 +1,204 @@
+// Running rules on the input of a parser.
+// SPDX-License-Identifier: see LICENSE
+
+#pragma once
+
+#include "qxbasicparser.h"
+#include "text/qxmarkqueue.h"
+#include "text/qxruleprogram.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+/// What a parser knows of rules, and the state of a run.
+///
+/// What is open in a run lies in frames on a stack of its own, so that neither deep rules nor long lists use up the
+/// stack of the thread. A frame remembers where the input, the marks and what functions keep stood when it began; going
+/// back there costs what has changed since.
+///
+/// All alternatives are run, in order, and the first one that matched counts. The others can only be told from what
+/// functions of the owner do, so that
+/// - an alternative is left out when the next token shows that it fails before it calls a function;
+/// - behind one that matched, those that call no function are left out;
+/// - what the one that matched did is only taken back, for the time of a later alternative, when that comes to call a
+///   function.
+class qxRuleRun
+{
+public:
+    explicit qxRuleRun(qxBasicParser& parser) : m_parser(parser) {}
+
+    // What is run
+
+    void setRules(const qxRefPointer<qxRuleSet>& rules);
+    const qxRefPointer<qxRuleSet>& getRules() const { return m_ruleSet; }
+    void addFunction(const char* name, qxParserFunction function);
+    const qxParserFunctions& getFunctions() const { return m_functions; }
+
+    /// Takes a program that others share, in place of rules and functions of its own.
+    void setProgram(std::shared_ptr<const qxRuleProgram> program);
+
+    qxParseResult run(const char* name);
+    bool isRunning() const { return m_runs > 0; }
+    void reset();
+
+    // Marks
+
+    void setMark(unsigned char flag);
+    bool takeMark(qxParserMark& mark);
+    void useFirstInFirstOut(bool on) { m_takesOldest = on; }
+
+    // Limits and reports
+
+    void setMaxSteps(qxUInt64 count) { m_maxSteps = count; }
+    void setMaxDepth(unsigned int count) { m_maxDepth = count; }
+    bool hasReachedLimit() const { return m_hasReachedLimit; }
+    qxUInt64 getFarthestPosition() const { return m_farthest; }
+    qxString getExpected() const;
+    void useTrace(bool on) { m_isTracing = on; }
+
+private:
+    static constexpr unsigned int NONE = qxRuleNode::NONE;
+    static constexpr unsigned int MOST_EXPECTED = 8;
+    static constexpr qxUInt64 NOWHERE = ~0ULL;
+
+    /// Something open. What its node waits for is delivered to it when that is finished.
+    struct Frame {
+        enum Kind : unsigned char { BODY, REPETITION, EXCLUSION };
+        Kind kind = BODY;
+        bool isRule = false;        // BODY: of a rule, not of a group
+        bool isOptional = false;    // BODY: no match is a match of nothing
+        bool hasWinner = false;     // BODY: an alternative matched
+        bool isWaiting = false;     // later ones are run, and what it did was not put aside
+        bool isWinnerAside = false; // what it did is taken back for the time being
+        bool isSecond = false;      // EXCLUSION: its second factor is running
+        unsigned int index = 0;     // BODY: of the body; else of the node
+        unsigned int alternative = 0;
+        unsigned int node = 0;        // BODY: the current one
+        unsigned int caller = 0;      // BODY of a rule: the node that called it
+        unsigned int count = 0;       // REPETITION: matches
+        unsigned int marks = 0;       // height of the queue when it began
+        unsigned int winnerMarks = 0; // and when the alternative had matched
+        unsigned int calls = 0;       // of functions of the owner when it began
+        unsigned int winnerCalls = 0;
+        unsigned int aside = 0; // where the changes that were put aside begin
+        unsigned int outerCalls =
+            0; // BODY of a rule: what was known of the rule's activation around this one
+        qxUInt64 outerPosition = 0;
+        qxUInt64 start = 0;  // position in the input
+        qxUInt64 middle = 0; // BODY: behind the match; REPETITION: the last attempt; EXCLUSION: first factor
+        qxUInt64 state = 0;  // of the owner, when it began
+        qxUInt64 winnerState = 0;
+    };
+
+    /// A rule that is being run: where it was entered last.
+    struct Activation {
+        qxUInt64 position = NOWHERE;
+        unsigned int calls = 0;
+    };
+
+    /// Two answers besides the results of parsers.
+    enum Outcome : unsigned char {
+        ERROR = QX_PARSE_ERROR,
+        OK = QX_PARSE_OK,
+        NO_MATCH = QX_PARSE_NO_MATCH,
+        OPENED
+    };
+
+    // The loop
+    qxParseResult runTarget(const char* name);
+    Outcome runFrames(std::size_t base);
+    Outcome evaluate(unsigned int node);
+    Outcome evaluateOnce(unsigned int node, bool isOptional = false);
+    Outcome evaluateCall(unsigned int node, bool isOptional);
+    Outcome evaluateTop();
+    Outcome deliver(Outcome outcome);
+    Outcome deliverToBody(Outcome outcome);
+    Outcome deliverToRepetition(Outcome outcome);
+    Outcome deliverToExclusion(Outcome outcome);
+    bool endAlternative(Frame& frame, bool isMatch);
+    Outcome startAlternative(unsigned int alternative);
+    unsigned int findAlternative(const Frame& frame, unsigned int alternative);
+    Outcome finishBody();
+    Outcome finishRepetition(bool isMatch);
+    Outcome enterRule(unsigned int rule, unsigned int caller, bool isOptional);
+    Outcome openBody(unsigned int body, bool isOptional);
+    Outcome openRepetition(unsigned int node);
+    bool isSureToFail(unsigned int node);
+    bool isSureToFail(const qxRuleStart& start);
+    Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);
+    Outcome callOwner(qxParserFunction function, std::string_view name);
+    Frame& pushFrame(Frame::Kind kind, unsigned int index);
+    void popFrame();
+    bool rewind(qxUInt64 position) { return m_parser.rewindTo(position); }
+    bool takeBack(Frame& frame);
+    void dropFrames(std::size_t base);
+
+    // What functions can see
+    qxUInt64 prepareCall();
+    void putWinnersAside();
+    void bringWinnerBack(Frame& frame);
+
+    // What needs no frame
+    Outcome matchSimple(const qxRuleNode& node);
+    Outcome matchOnce(const qxRuleNode& node);
+    Outcome matchSet(const qxCharSet& set);
+    Outcome matchSets(const qxCharSet& set, const qxRuleNode& node);
+    unsigned int scanSet(const qxCharSet& set, unsigned int most);
+    Outcome matchLiteral(const std::u16string& literal);
+    Outcome matchLiteralSlowly(const std::u16string& literal);
+    Outcome matchExclusion(const qxRuleNode& node);
+    Outcome matchRepeated(const qxRuleNode& node);
+    Outcome matchBuiltin(qxParserFunction function);
+    const qxCharSet* setOf(const qxRuleNode& node) const;
+
+    // Reports
+    bool isStepAllowed();
+    void spendSteps(qxUInt64 count) { m_stepsLeft = m_stepsLeft > count ? m_stepsLeft - count : 1; }
+    void noteFailure(unsigned int node)
+    {
+        if (position() >= m_farthest) noteFailureHere(node);
+    }
+    void noteFailureHere(unsigned int node);
+    void noteAlternative(unsigned int alternative);
+    Outcome raise(const char* format, unsigned int rule, unsigned int place);
+    Outcome raiseLimit(const char* format);
+    void unwind(std::size_t base);
+    void wrapError(std::size_t frame, unsigned int node);
+    void trace(const char* format, std::string_view name);
+    void traceExit(const char* format, std::string_view name, Outcome outcome);
+    std::string_view ruleName(unsigned int rule) const { return m_code->names[m_code->rules[rule].name]; }
+    qxUInt64 position() const { return m_parser.getTokenPos(); }
+    const qxRuleNode& nodeAt(unsigned int index) const { return m_code->nodes[index]; }
+
+    qxBasicParser& m_parser;
+    qxRefPointer<qxRuleSet> m_ruleSet;
+    qxParserFunctions m_functions;
+    std::shared_ptr<const qxRuleProgram> m_program; // null until it is made of the two
+    const qxRuleCode* m_code = nullptr;
+
+    std::vector<Frame> m_frames;
+    std::vector<Activation> m_activations; // one a rule
+    unsigned int m_depth = 0;              // of rules
+    unsigned int m_runs = 0;               // that are under way, one inside the other
+
+    qxMarkQueue m_marks;
+    bool m_takesOldest = false;
+    std::vector<qxMarkQueue::Change> m_aside; // of winners, frame by frame
+    unsigned int m_calls = 0;                 // of functions of the owner, all in all
+    std::size_t m_stated = 0;                 // the frames whose `state` is known: the lowest ones
+    std::vector<unsigned int> m_waiting;      // the frames that wait, lowest first
+
+    qxUInt64 m_maxSteps = 100000000;
+    unsigned int m_maxDepth = 1000000;
+    qxUInt64 m_steps = 0;     // that this run was allowed so far
+    qxUInt64 m_stepsLeft = 0; // of them
+    qxUInt64 m_start = 0;     // of the run
+    qxUInt64 m_reached = 0;   // from there, at the last look
+    bool m_hasReachedLimit = false;
+    bool m_isTracing = false;
+
+    qxUInt64 m_farthest = 0;
+    unsigned int m_expected[MOST_EXPECTED] = {}; // nodes
+    unsigned int m_expectedCount = 0;
+};

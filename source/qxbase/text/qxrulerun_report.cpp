@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: see LICENSE
+
+#include "text/qxrulerun.h"
+
+#include "qxmessage.h"
+#include "text/qxtextpiece.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr qxUInt64 STEPS_A_TOKEN = 1000;    // that are allowed for each token reached
+constexpr qxUInt64 STEPS_AT_ONCE = 1048576; // before the next look
+constexpr unsigned int LONGEST_NAME = 255;  // bytes of what is quoted in errors
+constexpr unsigned int LONGEST_REST = 1000;
+constexpr unsigned int LONGEST_ERROR = 4000; // around which no other is put
+constexpr unsigned int LONGEST_ELEMENT = 60;
+constexpr unsigned int DEEPEST_INDENT = 40;
+
+} // namespace
+
+qxString qxRuleRun::getExpected() const
+{
+    std::vector<std::string_view> texts;
+    for (unsigned int i = 0; i < m_expectedCount; ++i) {
+        const std::string_view text = m_code->textOf(nodeAt(m_expected[i]));
+        if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
+    }
+    qxString expected;
+    for (const std::string_view text : texts) {
+        if (!expected.isEmpty()) expected += ", ";
+        expected += qxPieceOf(text, LONGEST_ELEMENT);
+        if (text.size() > LONGEST_ELEMENT) expected += "...";
+    }
+    return expected;
+}
+
+void qxRuleRun::setMark(unsigned char flag)
+{
+    m_marks.add({static_cast<unsigned int>(position()), m_depth, flag});
+}
+
+bool qxRuleRun::takeMark(qxParserMark& mark)
+{
+    return m_marks.take(m_takesOldest, mark);
+}
+
+/// Called when the steps that were allowed are used up: allows more, as long as the run gets on in its input.
+bool qxRuleRun::isStepAllowed()
+{
+    m_reached = std::max({m_reached, position() - std::min(m_start, position()), m_farthest - m_start});
+    const qxUInt64 allowed = m_maxSteps + m_reached * STEPS_A_TOKEN;
+    if (m_steps >= allowed) return false;
+    m_stepsLeft = std::min(allowed - m_steps, STEPS_AT_ONCE) + 1;
+    m_steps += m_stepsLeft - 1;
+    return true;
+}
+
+void qxRuleRun::noteFailureHere(unsigned int node)
+{
+    if (position() > m_farthest) {
+        m_farthest = position();
+        m_expectedCount = 0;
+    }
+    unsigned int* const end = m_expected + m_expectedCount;
+    if (m_expectedCount == MOST_EXPECTED || std::find(m_expected, end, node) != end) return;
+    m_expected[m_expectedCount++] = node;
+}
+
+/// Notes what an alternative begins with that was left out.
+void qxRuleRun::noteAlternative(unsigned int alternative)
+{
+    if (position() < m_farthest) return;
+    unsigned int node = m_code->alternatives[alternative].first;
+    while (nodeAt(node).next != NONE &&
+           (nodeAt(node).kind == qxRuleNode::MARK || nodeAt(node).kind == qxRuleNode::MATCH_MARK))
+        node = nodeAt(node).next;
+    noteFailureHere(node);
+}
+
+/// Sets an error of the text of a rule.
+qxRuleRun::Outcome qxRuleRun::raise(const char* format, unsigned int rule, unsigned int place)
+{
+    const qxRulePlace found = m_code->placeIn(m_code->rules[rule], place);
+    m_parser.setErrorText(qxString::str(format, qxPieceOf(ruleName(rule), LONGEST_NAME), found.line,
+                                        found.column, qxPieceOf(found.rest, LONGEST_REST)));
+    return ERROR;
+}
+
+/// Ends a run that would take too much, at the current element of the innermost body.
+qxRuleRun::Outcome qxRuleRun::raiseLimit(const char* format)
+{
+    m_hasReachedLimit = true;
+    std::size_t i = m_frames.size() - 1;
+    while (m_frames[i].kind != Frame::BODY) --i; // there is one under all others
+    return raise(format, m_code->bodies[m_frames[i].index].rule, nodeAt(m_frames[i].node).begin);
+}
+
+/// Closes the frames above `base` after an error, which gets the place of each call that it passes through.
+void qxRuleRun::unwind(std::size_t base)
+{
+    while (m_frames.size() > base) {
+        const Frame frame = m_frames.back();
+        if (frame.isRule && m_isTracing)
+            traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s",
+                      ruleName(m_code->bodies[frame.index].rule), ERROR);
+        dropFrames(m_frames.size() - 1);
+        if (frame.isRule && frame.caller != NONE) wrapError(m_frames.size(), frame.caller);
+    }
+}
+
+/// A function or rule that was called at `node` returned an error: says where. `frames` are those around the call.
+void qxRuleRun::wrapError(std::size_t frames, unsigned int node)
+{
+    const qxString inner = m_parser.getErrorText();
+    if (m_hasReachedLimit || inner.length() > LONGEST_ERROR) return;
+    while (frames > 0 && m_frames[frames - 1].kind != Frame::BODY) --frames;
+    if (frames == 0) return;
+    const unsigned int rule = m_code->bodies[m_frames[frames - 1].index].rule;
+    const qxRulePlace found = m_code->placeIn(m_code->rules[rule], nodeAt(node).begin);
+    const qxString error = qxString::str("Parse Error:'%s' in rule '%s' at (Line:%d,Col:%d) -> %s", inner,
+                                         qxPieceOf(ruleName(rule), LONGEST_NAME), found.line, found.column,
+                                         qxPieceOf(found.rest, LONGEST_REST));
+    if (error.length() <= LONGEST_ERROR) m_parser.setErrorText(error);
+}
+
+void qxRuleRun::trace(const char* format, std::string_view name)
+{
+    qxMessage::message(QX_LEVEL_DEBUG, format, qxString::spaces(std::min(2 * m_depth, DEEPEST_INDENT)),
+                       qxPieceOf(name, LONGEST_NAME), m_parser.getLine(), m_parser.getColumn());
+}
+
+void qxRuleRun::traceExit(const char* format, std::string_view name, Outcome outcome)
+{
+    const auto result = static_cast<qxParseResult>(outcome);
+    const unsigned int depth = m_depth - std::min(m_depth, format[5] == 'R' ? 1U : 0U); // as at the entry
+    qxMessage::message(QX_LEVEL_DEBUG, format, qxString::spaces(std::min(2 * depth, DEEPEST_INDENT)),
+                       qxPieceOf(name, LONGEST_NAME), m_parser.getLine(), m_parser.getColumn(),
+                       qxBasicParser::parseResultString(result));
+}

@@ -60,7 +60,11 @@
 #include "qxargumentparser.h"
 #include "qxbasicparser.h"
 #include "qxcommandline.h"
+#include "qxdynamictypeargumentparser.h"
 #include "qxlex.h"
+#include "qxregkeyexpandparser.h"
+#include "qxruleset.h"
+#include "qxstringparser.h"
 #include "qxstringtokenizer.h"
 
 #include "qxxml.h"

@@ -367,6 +367,13 @@ protected:
     virtual qxUInt64 saveState();
     virtual void restoreState(qxUInt64 state, bool isFinal);
 
+    /// Runs a rule on `length` bytes of memory, less than 4 GB, in place of the adapter, which is none afterwards;
+    /// `taken` receives how many of them were used.
+    qxParseResult parseBytes(const char* text, std::size_t length, const char* rule, std::size_t& taken);
+
+    /// For the parsers of the library.
+    qxRuleRun& rules();
+
     /// While it is on, the adapter cannot be changed.
     bool isBusy() const { return m_busy; }
 
@@ -391,7 +398,6 @@ private:
     bool refuseWhenRunning();
     bool readTokenData(qxUInt64 position, unsigned int count, qxString& text);
     bool rewindTo(qxUInt64 position);
-    qxRuleRun& rules();
     char16_t getNextTokenSlowly(bool skipWhiteSpace);
     char16_t peekSlowly(unsigned int offset);
     qxParseResult parseOne(unsigned int kinds);

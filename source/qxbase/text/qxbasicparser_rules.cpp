@@ -3,8 +3,11 @@
 #include "qxbasicparser.h"
 
 #include "qxmessage.h"
+#include "qxserializeadaptermemory.h"
 #include "text/qxrulerun.h"
 #include "text/qxtokenwindow.h"
+
+#include <limits>
 
 void qxBasicParser::setRules(qxRuleSet* rules)
 {
@@ -39,6 +42,28 @@ qxParseResult qxBasicParser::parseRule(const char* name)
     if (m_adapter) return rules().run(name);
     setErrorText("Adapter out of Data");
     return QX_PARSE_ERROR;
+}
+
+qxParseResult qxBasicParser::parseBytes(const char* text, std::size_t length, const char* rule,
+                                        std::size_t& taken)
+{
+    taken = 0;
+    if (length > std::numeric_limits<unsigned int>::max()) {
+        setErrorText("The text is too long");
+        return QX_PARSE_ERROR;
+    }
+    qxSerializeAdapterMemory memory(const_cast<char*>(text), static_cast<unsigned int>(length)); // only read
+    qxParseResult result = QX_PARSE_ERROR;
+    setAdapter(&memory);
+    try {
+        result = parseRule(rule);
+    } catch (...) { // out of a function
+        setAdapter(nullptr);
+        throw;
+    }
+    setAdapter(nullptr);
+    taken = length - static_cast<std::size_t>(memory.length()); // what was given back lies before the memory
+    return result;
 }
 
 void qxBasicParser::useFirstInFirstOut(unsigned char on)

@@ -269,7 +269,7 @@ qxRuleRun::Outcome qxRuleRun::deliverToRepetition(Outcome outcome)
     const bool tookNothing = position() == frame.middle;
     ++frame.count;
     if (frame.count == element.max) return finishRepetition(true);
-    if (tookNothing && frame.count >= element.min) return finishRepetition(true);
+    if (tookNothing && (frame.count >= element.min || isPure(element))) return finishRepetition(true);
     if (!m_parser.hasData()) return finishRepetition(frame.count >= element.min);
     if (m_stepsLeft <= 1 && !isStepAllowed())
         return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
@@ -338,6 +338,16 @@ qxRuleRun::Outcome qxRuleRun::openRepetition(unsigned int node)
     if (element.isCounted && !m_parser.hasData()) return element.min == 0 ? OK : NO_MATCH;
     pushFrame(Frame::REPETITION, node).middle = position();
     return OPENED;
+}
+
+/// True when the node does the same each time as long as the input stays where it is.
+bool qxRuleRun::isPure(const qxRuleNode& element) const
+{
+    if (element.kind == qxRuleNode::GROUP) return !m_program->getBodyStart(element.value).isImpure;
+    if (element.kind != qxRuleNode::CALL) return false;
+    const qxRuleTarget& target = m_program->getTarget(element.value);
+    return target.kind == qxRuleTarget::RULE &&
+           !m_program->getBodyStart(m_code->rules[target.index].body).isImpure;
 }
 
 /// True when the node, which calls or groups, cannot match and does nothing before it finds out.

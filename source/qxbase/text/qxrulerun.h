@@ -124,6 +124,7 @@ private:
     Outcome enterRule(unsigned int rule, unsigned int caller, bool isOptional);
     Outcome openBody(unsigned int body, bool isOptional);
     Outcome openRepetition(unsigned int node);
+    bool isPure(const qxRuleNode& element) const;
     bool isSureToFail(unsigned int node);
     bool isSureToFail(const qxRuleStart& start);
     Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);

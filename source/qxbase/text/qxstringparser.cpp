@@ -3,12 +3,10 @@
 #include "qxstringparser.h"
 
 #include "qxmessage.h"
-#include "qxserializeadaptermemory.h"
 #include "text/qxpattern.h"
 #include "text/qxresultchain.h"
 #include "text/qxtextpiece.h"
 
-#include <limits>
 #include <string>
 
 namespace
@@ -73,24 +71,7 @@ bool qxStringParser::setParserString(const char* rules, std::size_t length)
 qxParseResult qxStringParser::parseText(const char* text, std::size_t length)
 {
     clearStrings();
-    m_takenBytes = 0;
-    if (length > std::numeric_limits<unsigned int>::max()) {
-        setErrorText("The text is too long");
-        return QX_PARSE_ERROR;
-    }
-    qxSerializeAdapterMemory adapter(const_cast<char*>(text), static_cast<unsigned int>(length)); // only read
-    qxParseResult result = QX_PARSE_ERROR;
-    setAdapter(&adapter);
-    try {
-        result = parseRule("main");
-    } catch (...) { // from an owner's function
-        setAdapter(nullptr);
-        throw;
-    }
-    setAdapter(nullptr);
-    m_takenBytes =
-        length - static_cast<std::size_t>(adapter.length()); // what was given back lies before the adapter
-    return result;
+    return parseBytes(text, length, "main", m_takenBytes);
 }
 
 qxArray<qxString> qxStringParser::getStrings() const

@@ -317,9 +317,10 @@ const char* qxBasicParser::parseResultString(qxParseResult result)
 
 void qxBasicParser::setErrorText(const qxString& text)
 {
+    if (text.isEmpty() && !m_hasError) return;
     m_hasError = !text.isEmpty();
-    m_errorLine = getLine();
-    m_errorColumn = getColumn();
+    m_errorLine = m_hasError ? getLine() : 0;
+    m_errorColumn = m_hasError ? getColumn() : 0;
     m_errorText = text;
     m_error = text;
     if (!m_useErrorPlace || !m_hasError) return;

@@ -41,8 +41,11 @@ qxRuleProgram::qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& fu
         m_targets.push_back(target);
     }
     for (const qxRuleNode& node : m_code.nodes) m_simple.push_back(isSimpleNode(node));
+    for (unsigned int node = 0; node < m_code.nodes.size(); ++node)
+        m_operations.push_back(makeOperation(node));
     m_alternatives.resize(m_code.alternatives.size());
     m_bodies.resize(m_code.bodies.size());
+    m_circles.assign(m_code.rules.size(), 0);
     findImpureRules();
     if (findNullableBodies())
         findStarts();
@@ -100,6 +103,51 @@ bool qxRuleProgram::isSimpleNode(const qxRuleNode& node) const
     default:
         return false;
     }
+}
+
+/// The set of an element that matches one character; null for others.
+const qxCharSet* qxRuleProgram::setOf(const qxRuleNode& node) const
+{
+    if (node.kind == qxRuleNode::SET) return &m_code.sets[node.value];
+    if (node.kind != qxRuleNode::CALL) return nullptr;
+    const qxRuleTarget& target = m_targets[node.value];
+    return target.kind == qxRuleTarget::SET ? &m_sets[target.index] : nullptr;
+}
+
+qxRuleOperation qxRuleProgram::makeOperation(unsigned int index) const
+{
+    typedef qxRuleOperation Operation;
+    const qxRuleNode& node = m_code.nodes[index];
+    Operation operation;
+    operation.next = node.next;
+    operation.index = node.value;
+    operation.set = setOf(node);
+    if (operation.set) {
+        operation.kind = node.isRepeated() ? Operation::SETS : Operation::SET;
+    } else if (m_simple[index] && (node.kind != qxRuleNode::LITERAL || node.isRepeated())) {
+        operation.kind = Operation::SIMPLE;
+    } else if (node.kind == qxRuleNode::LITERAL) {
+        operation.literal = &m_code.literals[node.value];
+        operation.kind = operation.literal->size() == 1 ? Operation::TOKEN : Operation::LITERAL;
+        if (operation.literal->size() == 1) operation.token = operation.literal->front();
+    } else if (node.kind == qxRuleNode::FAULT) {
+        operation.kind = Operation::FAULT;
+    } else {
+        const bool isRule = node.kind == qxRuleNode::CALL && m_targets[node.value].kind == qxRuleTarget::RULE;
+        operation.isOptional = node.min == 0 && node.max == 1 && !node.isCounted;
+        if (isRule) operation.index = m_targets[node.value].index;
+        if (node.isRepeated() && !(operation.isOptional && (isRule || node.kind == qxRuleNode::GROUP)))
+            operation.kind = Operation::REPETITION;
+        else if (node.kind == qxRuleNode::CALL)
+            operation.kind = isRule ? Operation::RULE : Operation::FUNCTION;
+        else if (node.kind == qxRuleNode::GROUP)
+            operation.kind = Operation::GROUP;
+        else if (node.kind == qxRuleNode::EXCLUSION)
+            operation.kind = Operation::EXCLUSION;
+        else
+            operation.kind = node.kind == qxRuleNode::MARK ? Operation::MARK : Operation::MATCH_MARK;
+    }
+    return operation;
 }
 
 /// A rule is impure when it calls a function of the owner or an unknown one, when it has a fault, and when it calls an
@@ -201,6 +249,8 @@ void qxRuleProgram::findStarts()
             } else if (const unsigned int called = calls[visit.rule][visit.next++].rule; !isVisited[called]) {
                 isVisited[called] = 1;
                 visits.push_back({called, 0});
+            } else if (m_openRules[called]) {
+                m_circles[called] = 1;
             }
         }
     }
@@ -296,6 +346,7 @@ qxRuleStart qxRuleProgram::startOf(const qxRuleNode& node) const
 /// Nothing is known: everything is tried.
 void qxRuleProgram::startAnywhere()
 {
+    m_circles.assign(m_code.rules.size(), 1);
     for (std::vector<qxRuleStart>* starts : {&m_alternatives, &m_bodies}) {
         for (qxRuleStart& start : *starts) start.mustRun = start.isImpure = true;
     }

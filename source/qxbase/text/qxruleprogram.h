@@ -51,6 +51,32 @@ struct qxRuleStart {
     void add(const qxCharSet& set);
 };
 
+/// A node made ready to run.
+struct qxRuleOperation {
+    enum Kind : unsigned char {
+        TOKEN,   ///< a literal of one token
+        LITERAL, ///< a longer or empty one
+        SET,     ///< one character of a set
+        SETS,    ///< several, as the suffix says
+        SIMPLE,  ///< something else that calls nobody but built-in parsers
+        MARK,
+        MATCH_MARK,
+        FUNCTION,   ///< built-in or not
+        RULE,       ///< perhaps optional
+        GROUP,      ///< perhaps optional
+        REPETITION, ///< of something that is not simple
+        EXCLUSION,
+        FAULT
+    };
+    Kind kind = FAULT;
+    bool isOptional = false;
+    char16_t token = 0;                      ///< TOKEN
+    unsigned int index = 0;                  ///< RULE: of the rule; GROUP: of the body
+    unsigned int next = qxRuleNode::NONE;    ///< in the alternative
+    const qxCharSet* set = nullptr;          ///< SET and SETS
+    const std::u16string* literal = nullptr; ///< LITERAL
+};
+
 /// A call that a rule may make before it takes anything.
 struct qxRuleLeftCall {
     unsigned int rule; ///< that is called
@@ -71,8 +97,13 @@ public:
     const qxRuleStart& getStart(unsigned int alternative) const { return m_alternatives[alternative]; }
     const qxRuleStart& getBodyStart(unsigned int body) const { return m_bodies[body]; }
 
+    const qxRuleOperation& getOperation(unsigned int node) const { return m_operations[node]; }
+
     /// True when the node is matched without a frame of its own: it calls nobody but built-in parsers.
     bool isSimple(unsigned int node) const { return m_simple[node] != 0; }
+
+    /// True when every circle of calls that take nothing on the way and that the rule is in is noticed at it.
+    bool closesCircle(unsigned int rule) const { return m_circles[rule] != 0; }
 
     /// True when the node may match nothing.
     bool isNullable(const qxRuleNode& node) const { return isNullableNow(node); }
@@ -86,6 +117,8 @@ public:
 private:
     qxRuleTarget findFunction(std::string_view name) const;
     unsigned int addSet(std::string_view text);
+    qxRuleOperation makeOperation(unsigned int node) const;
+    const qxCharSet* setOf(const qxRuleNode& node) const;
     bool isSimpleNode(const qxRuleNode& node) const;
     void findImpureRules();
     bool findNullableBodies();
@@ -102,7 +135,9 @@ private:
     std::vector<qxCharSet> m_sets; // of the built-in parsers of one character
     std::vector<qxRuleTarget> m_targets;
     std::vector<unsigned char> m_simple;
+    std::vector<qxRuleOperation> m_operations;
     std::vector<unsigned char> m_impureRules;
+    std::vector<unsigned char> m_circles; // rules that may come to call themselves before they take anything
     std::vector<unsigned char> m_openRules; // whose start is being computed, or not yet
     std::vector<qxRuleStart> m_alternatives;
     std::vector<qxRuleStart> m_bodies;

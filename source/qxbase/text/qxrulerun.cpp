@@ -2,6 +2,8 @@
 
 #include "text/qxrulerun.h"
 
+#include "text/qxtextpiece.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -84,100 +86,138 @@ qxParseResult qxRuleRun::runTarget(const char* name)
 /// Runs until the frames above `base` are finished.
 qxRuleRun::Outcome qxRuleRun::runFrames(std::size_t base)
 {
-    Outcome outcome = OPENED;
     for (;;) {
-        if (outcome == OPENED) outcome = evaluateTop();
-        if (outcome == OPENED) continue;
-        if (outcome != ERROR) outcome = deliver(outcome);
-        if (outcome == ERROR) {
-            unwind(base);
-            return ERROR;
+        Outcome outcome = evaluateTop();
+        while (outcome != OPENED) {
+            if (outcome == ERROR) {
+                unwind(base);
+                return ERROR;
+            }
+            if (m_frames.size() == base) return outcome;
+            outcome = deliver(outcome);
         }
-        if (m_frames.size() == base) return outcome;
     }
 }
 
-qxRuleRun::Outcome qxRuleRun::evaluateTop()
+inline qxRuleRun::Outcome qxRuleRun::evaluateTop()
 {
     const Frame& frame = m_frames.back();
-    switch (frame.kind) {
-    case Frame::BODY:
-        return evaluate(frame.node);
-    case Frame::REPETITION:
-        return evaluateOnce(frame.index);
-    default:
-        return evaluate(frame.isSecond ? nodeAt(frame.index).other : nodeAt(frame.index).value);
-    }
-}
-
-qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
-{
     if (m_stepsLeft <= 1 && !isStepAllowed())
         return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
     --m_stepsLeft;
+    switch (frame.kind) {
+    case Frame::BODY:
+        return m_isTracing ? evaluateTraced(frame.node) : evaluate(frame.node);
+    case Frame::REPETITION:
+        return evaluateOnce(frame.index);
+    default: {
+        const unsigned int node = frame.isSecond ? nodeAt(frame.index).other : nodeAt(frame.index).value;
+        return m_isTracing ? evaluateTraced(node) : evaluate(node);
+    }
+    }
+}
+
+inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
+{
+    typedef qxRuleOperation Operation;
+    const Operation& operation = m_program->getOperation(node);
+    qxTokenView& view = m_parser.m_view;
+    Outcome outcome = OK;
+    switch (operation.kind) {
+    case Operation::TOKEN:
+        if (m_parser.hasData() && *view.current == operation.token)
+            ++view.current;
+        else
+            outcome = NO_MATCH;
+        break;
+    case Operation::LITERAL:
+        outcome = matchLiteral(*operation.literal);
+        break;
+    case Operation::SET:
+        outcome = matchSet(*operation.set);
+        break;
+    case Operation::SETS:
+        outcome = matchSets(*operation.set, nodeAt(node));
+        break;
+    case Operation::SIMPLE:
+        outcome = matchSimple(nodeAt(node));
+        break;
+    case Operation::MARK:
+        setMark(0);
+        return OK;
+    case Operation::MATCH_MARK:
+        setMark(1); // what stands behind an element that failed is only read past
+        return OK;
+    case Operation::FUNCTION: {
+        const unsigned int name = operation.index;
+        return callFunction(m_program->getTarget(name), m_code->names[name], node);
+    }
+    case Operation::RULE:
+        return enterRule(operation.index, node, operation.isOptional);
+    case Operation::GROUP:
+        return openGroup(operation.index, node, operation.isOptional);
+    case Operation::REPETITION:
+        return openRepetition(node);
+    case Operation::EXCLUSION:
+        pushFrame(Frame::EXCLUSION, node);
+        return OPENED;
+    case Operation::FAULT:
+        return evaluateFault(node);
+    }
+    if (outcome == NO_MATCH) noteFailure(node);
+    return outcome;
+}
+
+/// As evaluate, with every call of a function seen.
+qxRuleRun::Outcome qxRuleRun::evaluateTraced(unsigned int node)
+{
     const qxRuleNode& element = nodeAt(node);
-    if (m_program->isSimple(node) && !m_isTracing) {
-        const Outcome outcome = matchSimple(element);
-        if (outcome == NO_MATCH) noteFailure(node);
-        return outcome;
-    }
     if (!element.isRepeated()) return evaluateOnce(node);
-    if (!m_isTracing && isSureToFail(node)) {
-        noteFailure(node);
-        return element.min == 0 ? OK : NO_MATCH;
-    }
-    if (element.max == 1 && !element.isCounted &&
-        (element.kind == qxRuleNode::GROUP || element.kind == qxRuleNode::CALL))
-        return evaluateOnce(node, true);
+    if (m_program->getOperation(node).isOptional && element.kind == qxRuleNode::GROUP)
+        return openGroup(element.value, node, true);
     return openRepetition(node);
 }
 
-/// The element without its suffix; with `isOptional` a match of nothing in place of none.
-qxRuleRun::Outcome qxRuleRun::evaluateOnce(unsigned int node, bool isOptional)
+/// The element without its suffix.
+qxRuleRun::Outcome qxRuleRun::evaluateOnce(unsigned int node)
 {
     const qxRuleNode& element = nodeAt(node);
-    Outcome outcome = OK;
     switch (element.kind) {
     case qxRuleNode::MARK:
-        setMark(0);
-        break;
     case qxRuleNode::MATCH_MARK:
-        setMark(1); // what stands behind a term that failed is only read past
-        break;
-    case qxRuleNode::CALL:
-        return evaluateCall(node, isOptional);
+        setMark(element.kind == qxRuleNode::MARK ? 0 : 1);
+        return OK;
+    case qxRuleNode::CALL: {
+        const qxRuleTarget& target = m_program->getTarget(element.value);
+        if (target.kind == qxRuleTarget::RULE) return enterRule(target.index, node, false);
+        return callFunction(target, m_code->names[element.value], node);
+    }
     case qxRuleNode::GROUP:
-        return openBody(element.value, isOptional);
+        return openGroup(element.value, node, false);
+    case qxRuleNode::FAULT:
+        return evaluateFault(node);
     case qxRuleNode::EXCLUSION:
         if (!m_program->isSimple(node) || m_isTracing) {
             pushFrame(Frame::EXCLUSION, node);
             return OPENED;
         }
-        [[fallthrough]];
-    case qxRuleNode::LITERAL:
-    case qxRuleNode::SET:
-        outcome = matchOnce(element);
-        if (outcome == NO_MATCH) noteFailure(node);
         break;
-    case qxRuleNode::FAULT: {
-        const qxRuleFault& fault = m_code->faults[element.value];
-        return raise(fault.format, m_code->bodies[m_frames.back().index].rule, fault.place);
+    default:
+        break;
     }
-    }
+    const Outcome outcome = matchOnce(element);
+    if (outcome == NO_MATCH) noteFailure(node);
     return outcome;
 }
 
-qxRuleRun::Outcome qxRuleRun::evaluateCall(unsigned int node, bool isOptional)
+qxRuleRun::Outcome qxRuleRun::evaluateFault(unsigned int node)
 {
-    const unsigned int name = nodeAt(node).value;
-    const qxRuleTarget& target = m_program->getTarget(name);
-    if (target.kind == qxRuleTarget::RULE) return enterRule(target.index, node, isOptional);
-    const Outcome outcome = callFunction(target, m_code->names[name], node);
-    return outcome == NO_MATCH && isOptional ? OK : outcome;
+    const qxRuleFault& fault = m_code->faults[nodeAt(node).value];
+    return raise(fault.format, m_code->bodies[m_frames.back().index].rule, fault.place);
 }
 
 /// What the frame on top waited for has come.
-qxRuleRun::Outcome qxRuleRun::deliver(Outcome outcome)
+inline qxRuleRun::Outcome qxRuleRun::deliver(Outcome outcome)
 {
     switch (m_frames.back().kind) {
     case Frame::BODY:
@@ -189,75 +229,151 @@ qxRuleRun::Outcome qxRuleRun::deliver(Outcome outcome)
     }
 }
 
-qxRuleRun::Outcome qxRuleRun::deliverToBody(Outcome outcome)
+inline qxRuleRun::Outcome qxRuleRun::deliverToBody(Outcome outcome)
 {
     Frame& frame = m_frames.back();
     if (outcome == OK) {
-        frame.node = nodeAt(frame.node).next;
-        if (frame.node != NONE) return OPENED;
-    } else if (m_code->alternatives[frame.alternative].holdsFault) { // it stands in what is read past now
-        return evaluateOnce(m_code->rules[m_code->bodies[frame.index].rule].fault);
+        const unsigned int next = m_program->getOperation(frame.node).next;
+        if (next != NONE) {
+            frame.node = next;
+            return OPENED;
+        }
+        if (frame.winner != NONE) return endLaterAlternative(frame);
+        return endMatch(m_code->alternatives[frame.alternative].next);
     }
-    if (!endAlternative(frame, outcome == OK)) return ERROR;
-    return startAlternative(m_code->alternatives[frame.alternative].next);
+    const qxRuleAlternative& alternative = m_code->alternatives[frame.alternative];
+    if (alternative.holdsFault) // it stands in what is read past now
+        return evaluateFault(m_code->rules[m_code->bodies[frame.index].rule].fault);
+    if (frame.winner != NONE) return endLaterAlternative(frame);
+    if (!takeBack(frame)) return ERROR;
+    frame.alternative = findAlternative(alternative.next);
+    noteAlternatives(alternative.next, frame.alternative);
+    if (frame.alternative == NONE) return finishBody(NO_MATCH);
+    frame.node = m_code->alternatives[frame.alternative].first;
+    return OPENED;
 }
 
-/// Goes back to the start of the body, or notes that an alternative matched; false when that cannot be.
-bool qxRuleRun::endAlternative(Frame& frame, bool isMatch)
+/// An alternative matched, the first one; those from `next` on are to be run all the same.
+qxRuleRun::Outcome qxRuleRun::endMatch(unsigned int next)
 {
-    if (isMatch && !frame.hasWinner) {
-        frame.hasWinner = true;
-        frame.middle = position();
-        frame.winnerMarks = static_cast<unsigned int>(m_marks.getHeight());
-        frame.winnerCalls = m_calls;
-        return true;
-    }
-    if (!frame.hasWinner) return takeBack(frame);
-    m_marks.undo(frame.isWinnerAside ? frame.marks : frame.winnerMarks);
-    if (frame.isWinnerAside && frame.calls != m_calls) m_parser.restoreState(frame.state, false);
-    return true;
+    Frame& frame = m_frames.back();
+    if (next != NONE) next = findLaterAlternative(frame, next);
+    if (next == NONE) return finishBody(OK);
+    frame.winner = static_cast<unsigned int>(m_winners.size());
+    m_winners.push_back({static_cast<unsigned int>(m_frames.size() - 1),
+                         static_cast<unsigned int>(m_marks.getHeight()), m_calls, false, 0, position(), 0});
+    frame.alternative = next;
+    frame.node = m_code->alternatives[next].first;
+    return rewind(frame.start) ? OPENED : ERROR;
 }
 
-/// The first from `alternative` on that has to be run; NONE when there is no more.
-unsigned int qxRuleRun::findAlternative(const Frame& frame, unsigned int alternative)
+/// An alternative behind the one that matched is through; nothing of it counts.
+qxRuleRun::Outcome qxRuleRun::endLaterAlternative(Frame& frame)
+{
+    const Winner& winner = m_winners[frame.winner];
+    const unsigned int next = findLaterAlternative(frame, m_code->alternatives[frame.alternative].next);
+    if (next == NONE) return bringWinnerBack(frame) ? finishBody(OK) : ERROR;
+    m_marks.undo(winner.isAside ? frame.marks : winner.marks);
+    if (winner.isAside && frame.calls != m_calls) m_parser.restoreState(frame.state, false);
+    frame.alternative = next;
+    frame.node = m_code->alternatives[next].first;
+    return rewind(frame.start) ? OPENED : ERROR;
+}
+
+/// The first alternative from `alternative` on that does not fail before the next token in a way that nobody can tell;
+/// NONE when there is no more.
+unsigned int qxRuleRun::findAlternative(unsigned int alternative)
 {
     for (; alternative != NONE && !m_isTracing; alternative = m_code->alternatives[alternative].next) {
         const qxRuleStart& start = m_program->getStart(alternative);
-        if (frame.hasWinner && !start.isImpure) continue;
         if (start.mustRun || start.isNullable) break;
-        if (frame.hasWinner && !rewind(frame.start)) break; // the error is met again where it is run
-        if (!isSureToFail(start)) break;
-        noteAlternative(alternative);
+        if (m_parser.hasData() && start.admits(*m_parser.m_view.current)) break;
     }
     return alternative;
 }
 
-qxRuleRun::Outcome qxRuleRun::startAlternative(unsigned int alternative)
+/// The same behind an alternative that matched, where only those count that call functions.
+unsigned int qxRuleRun::findLaterAlternative(const Frame& frame, unsigned int alternative) const
 {
-    Frame& frame = m_frames.back();
-    frame.alternative = findAlternative(frame, alternative);
-    if (frame.alternative == NONE) return finishBody();
-    frame.node = m_code->alternatives[frame.alternative].first;
-    if (!frame.hasWinner) return OPENED;
-    if (!frame.isWaiting && !frame.isWinnerAside) {
-        frame.isWaiting = true;
-        m_waiting.push_back(static_cast<unsigned int>(m_frames.size() - 1));
+    const qxTokenView& view = m_parser.m_view;
+    const bool isSeen = frame.start >= view.bufferPos && frame.start < m_parser.positionOf(view.end);
+    for (; alternative != NONE && !m_isTracing; alternative = m_code->alternatives[alternative].next) {
+        const qxRuleStart& start = m_program->getStart(alternative);
+        if (!start.isImpure) continue;
+        if (start.mustRun || start.isNullable || !isSeen || start.admits(*m_parser.tokenAt(frame.start)))
+            break;
     }
-    return rewind(frame.start) ? OPENED : ERROR;
+    return alternative;
 }
 
-qxRuleRun::Outcome qxRuleRun::finishBody()
+qxRuleRun::Outcome qxRuleRun::enterRule(unsigned int rule, unsigned int caller, bool isOptional)
 {
-    Frame& frame = m_frames.back();
-    Outcome outcome = frame.hasWinner ? OK : NO_MATCH;
-    if (frame.hasWinner && position() != frame.middle && !rewind(frame.middle)) return ERROR;
-    if (frame.isWinnerAside) bringWinnerBack(frame);
-    if (frame.isRule && m_isTracing)
-        traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s",
-                  ruleName(m_code->bodies[frame.index].rule), outcome);
-    if (frame.isOptional) outcome = OK;
+    const unsigned int body = m_code->rules[rule].body;
+    if (m_isTracing) trace("Parsing Rule     : %s%s(Line:%d,Col:%d)", ruleName(rule));
+    const unsigned int alternative = findAlternative(m_code->bodies[body].first);
+    if (alternative == NONE) {
+        if (caller != NONE)
+            noteFailure(caller);
+        else
+            noteAlternatives(m_code->bodies[body].first, NONE);
+        return isOptional ? OK : NO_MATCH;
+    }
+    Frame& frame = pushFrame(Frame::BODY, body);
+    frame.isRule = true;
+    frame.isOptional = isOptional;
+    frame.caller = caller;
+    frame.alternative = alternative;
+    frame.node = m_code->alternatives[alternative].first;
+    ++m_depth;
+    if (m_frames.size() > m_maxDepth)
+        return raiseLimit("Rules nested too deeply in rule '%s' at (Line:%d,Col:%d) -> %s");
+    if (!m_program->closesCircle(rule)) return OPENED;
+    Activation& activation = m_activations[rule];
+    // Nothing has happened since that would make it go another way this time.
+    const bool isEndless = activation.position == frame.start && activation.calls == m_calls;
+    frame.middle = std::exchange(activation.position, frame.start);
+    frame.count = std::exchange(activation.calls, m_calls);
+    return isEndless ? raiseLimit("Left recursion in rule '%s' at (Line:%d,Col:%d) -> %s") : OPENED;
+}
+
+qxRuleRun::Outcome qxRuleRun::openGroup(unsigned int body, unsigned int node, bool isOptional)
+{
+    const unsigned int alternative = findAlternative(m_code->bodies[body].first);
+    if (alternative == NONE) {
+        noteFailure(node);
+        return isOptional ? OK : NO_MATCH;
+    }
+    Frame& frame = pushFrame(Frame::BODY, body);
+    frame.isOptional = isOptional;
+    frame.alternative = alternative;
+    frame.node = m_code->alternatives[alternative].first;
+    return OPENED;
+}
+
+qxRuleRun::Outcome qxRuleRun::openRepetition(unsigned int node)
+{
+    const qxRuleNode& element = nodeAt(node);
+    if (element.max == 0) return OK;
+    if (element.isCounted && !m_parser.hasData()) return element.min == 0 ? OK : NO_MATCH;
+    if (!m_isTracing && isSureToFail(element)) {
+        noteFailure(node);
+        return element.min == 0 ? OK : NO_MATCH;
+    }
+    pushFrame(Frame::REPETITION, node).middle = position();
+    return OPENED;
+}
+
+qxRuleRun::Outcome qxRuleRun::finishBody(Outcome outcome)
+{
+    const Frame& frame = m_frames.back();
+    if (outcome == NO_MATCH && frame.isOptional) outcome = OK;
+    if (frame.isRule) {
+        const unsigned int rule = m_code->bodies[frame.index].rule;
+        if (m_isTracing)
+            traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s", ruleName(rule), outcome);
+        m_parser.reportProgress();
+    }
     popFrame();
-    m_parser.reportProgress();
     return outcome;
 }
 
@@ -271,9 +387,6 @@ qxRuleRun::Outcome qxRuleRun::deliverToRepetition(Outcome outcome)
     if (frame.count == element.max) return finishRepetition(true);
     if (tookNothing && (frame.count >= element.min || isPure(element))) return finishRepetition(true);
     if (!m_parser.hasData()) return finishRepetition(frame.count >= element.min);
-    if (m_stepsLeft <= 1 && !isStepAllowed())
-        return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
-    --m_stepsLeft;
     frame.middle = position();
     return OPENED;
 }
@@ -299,74 +412,32 @@ qxRuleRun::Outcome qxRuleRun::deliverToExclusion(Outcome outcome)
     return isMatch ? OK : NO_MATCH;
 }
 
-qxRuleRun::Outcome qxRuleRun::enterRule(unsigned int rule, unsigned int caller, bool isOptional)
+/// What a rule or group begins with; null for other elements.
+const qxRuleStart* qxRuleRun::startOf(const qxRuleNode& element) const
 {
-    const unsigned int body = m_code->rules[rule].body;
-    if (!m_isTracing && isSureToFail(m_program->getBodyStart(body))) {
-        if (caller != NONE) noteFailure(caller);
-        return isOptional ? OK : NO_MATCH;
-    }
-    if (m_isTracing) trace("Parsing Rule     : %s%s(Line:%d,Col:%d)", ruleName(rule));
-    Activation& activation = m_activations[rule];
-    // Nothing has happened since that would make it go another way this time.
-    const bool isEndless = activation.position == position() && activation.calls == m_calls;
-    Frame& frame = pushFrame(Frame::BODY, body);
-    frame.isRule = true;
-    frame.isOptional = isOptional;
-    frame.caller = caller;
-    frame.outerPosition = std::exchange(activation.position, position());
-    frame.outerCalls = std::exchange(activation.calls, m_calls);
-    frame.node = m_code->alternatives[m_code->bodies[body].first].first;
-    ++m_depth;
-    if (isEndless) return raiseLimit("Left recursion in rule '%s' at (Line:%d,Col:%d) -> %s");
-    if (m_frames.size() > m_maxDepth)
-        return raiseLimit("Rules nested too deeply in rule '%s' at (Line:%d,Col:%d) -> %s");
-    return startAlternative(m_code->bodies[body].first);
+    if (element.kind == qxRuleNode::GROUP) return &m_program->getBodyStart(element.value);
+    if (element.kind != qxRuleNode::CALL) return nullptr;
+    const qxRuleTarget& target = m_program->getTarget(element.value);
+    if (target.kind != qxRuleTarget::RULE) return nullptr;
+    return &m_program->getBodyStart(m_code->rules[target.index].body);
 }
 
-qxRuleRun::Outcome qxRuleRun::openBody(unsigned int body, bool isOptional)
-{
-    Frame& frame = pushFrame(Frame::BODY, body);
-    frame.isOptional = isOptional;
-    return startAlternative(m_code->bodies[body].first);
-}
-
-qxRuleRun::Outcome qxRuleRun::openRepetition(unsigned int node)
-{
-    const qxRuleNode& element = nodeAt(node);
-    if (element.max == 0) return OK;
-    if (element.isCounted && !m_parser.hasData()) return element.min == 0 ? OK : NO_MATCH;
-    pushFrame(Frame::REPETITION, node).middle = position();
-    return OPENED;
-}
-
-/// True when the node does the same each time as long as the input stays where it is.
+/// True when the element does the same each time as long as the input stays where it is.
 bool qxRuleRun::isPure(const qxRuleNode& element) const
 {
-    if (element.kind == qxRuleNode::GROUP) return !m_program->getBodyStart(element.value).isImpure;
-    if (element.kind != qxRuleNode::CALL) return false;
-    const qxRuleTarget& target = m_program->getTarget(element.value);
-    return target.kind == qxRuleTarget::RULE &&
-           !m_program->getBodyStart(m_code->rules[target.index].body).isImpure;
+    const qxRuleStart* const start = startOf(element);
+    return start && !start->isImpure;
 }
 
-/// True when the node, which calls or groups, cannot match and does nothing before it finds out.
-bool qxRuleRun::isSureToFail(unsigned int node)
+/// True when the element cannot match and does nothing before it finds out.
+bool qxRuleRun::isSureToFail(const qxRuleNode& element)
 {
-    const qxRuleNode& element = nodeAt(node);
-    if (element.kind == qxRuleNode::GROUP) return isSureToFail(m_program->getBodyStart(element.value));
-    if (element.kind != qxRuleNode::CALL) return false;
-    const qxRuleTarget& target = m_program->getTarget(element.value);
-    return target.kind == qxRuleTarget::RULE &&
-           isSureToFail(m_program->getBodyStart(m_code->rules[target.index].body));
+    const qxRuleStart* const start = startOf(element);
+    if (!start || start->mustRun || start->isNullable) return false;
+    return !m_parser.hasData() || !start->admits(*m_parser.m_view.current);
 }
 
-bool qxRuleRun::isSureToFail(const qxRuleStart& start)
-{
-    if (start.mustRun || start.isNullable) return false;
-    return !m_parser.hasData() || !start.admits(*m_parser.m_view.current);
-}
-
+/// Calls a function, the unknown one when it is null.
 qxRuleRun::Outcome qxRuleRun::callFunction(const qxRuleTarget& target, std::string_view name,
                                            unsigned int node)
 {
@@ -389,8 +460,7 @@ qxRuleRun::Outcome qxRuleRun::callOwner(qxParserFunction function, std::string_v
     if (function)
         result = (m_parser.*function)();
     else
-        result = m_parser.parseFunction(
-            qxString(name.data(), std::min<std::size_t>(name.size(), qxString::MAX_LENGTH)));
+        result = m_parser.parseFunction(qxPieceOf(name, qxString::MAX_LENGTH));
     if (result == QX_PARSE_OK) {
         m_marks.settle(m_frames.empty() ? 0 : m_frames.back().marks);
         return OK;
@@ -415,9 +485,9 @@ qxRuleRun::Frame& qxRuleRun::pushFrame(Frame::Kind kind, unsigned int index)
 void qxRuleRun::popFrame()
 {
     const Frame& frame = m_frames.back();
-    if (frame.isWaiting) m_waiting.pop_back();
     if (frame.isRule) {
-        m_activations[m_code->bodies[frame.index].rule] = {frame.outerPosition, frame.outerCalls};
+        const unsigned int rule = m_code->bodies[frame.index].rule;
+        if (m_program->closesCircle(rule)) m_activations[rule] = {frame.middle, frame.count};
         --m_depth;
     }
     m_frames.pop_back();
@@ -438,15 +508,23 @@ bool qxRuleRun::takeBack(Frame& frame)
 void qxRuleRun::dropFrames(std::size_t base)
 {
     while (m_frames.size() > base) {
-        if (m_frames.back().isWinnerAside) m_aside.resize(m_frames.back().aside);
+        if (m_frames.back().winner != NONE) dropWinner();
         popFrame();
     }
+}
+
+/// Forgets the winner on top.
+void qxRuleRun::dropWinner()
+{
+    if (m_winners.back().isAside) m_aside.resize(m_winners.back().aside);
+    m_winners.pop_back();
+    m_firstWaiting = std::min(m_firstWaiting, m_winners.size());
 }
 
 /// Makes everything as functions must find it, and remembers the owner's state for all that may go back to it.
 qxUInt64 qxRuleRun::prepareCall()
 {
-    if (!m_waiting.empty()) putWinnersAside();
+    if (m_firstWaiting < m_winners.size()) putWinnersAside();
     const qxUInt64 state = m_parser.saveState();
     for (; m_stated < m_frames.size(); ++m_stated) m_frames[m_stated].state = state;
     ++m_calls;
@@ -456,7 +534,8 @@ qxUInt64 qxRuleRun::prepareCall()
 /// Takes back what the alternatives did that matched in the frames that wait; marks that were set since stay.
 void qxRuleRun::putWinnersAside()
 {
-    const std::size_t lowest = m_waiting.front();
+    std::size_t waiting = m_firstWaiting;
+    const std::size_t lowest = m_winners[waiting].frame;
     const std::size_t base = m_frames[lowest].marks;
     std::vector<qxMarkQueue::Change> changes;
     m_marks.undo(base, changes);
@@ -469,31 +548,35 @@ void qxRuleRun::putWinnersAside()
         Frame& frame = m_frames[i];
         const std::size_t begin = frame.marks - base;
         frame.marks -= static_cast<unsigned int>(removed);
-        if (!frame.isWaiting) continue;
-        const std::size_t end = frame.winnerMarks - base;
+        if (waiting == m_winners.size() || m_winners[waiting].frame != i) continue;
+        Winner& winner = m_winners[waiting++];
+        const std::size_t end = winner.marks - base;
         keepUntil(begin);
-        frame.aside = static_cast<unsigned int>(m_aside.size());
+        winner.aside = static_cast<unsigned int>(m_aside.size());
+        winner.isAside = true;
         for (; next < end; ++next) m_aside.push_back(changes[next]);
         removed += end - begin;
-        frame.isWaiting = false;
-        frame.isWinnerAside = true;
-        if (frame.winnerCalls == frame.calls) continue;
-        frame.winnerState = m_parser.saveState();
+        if (winner.calls == frame.calls) continue;
+        winner.state = m_parser.saveState();
         m_parser.restoreState(frame.state, false);
     }
     keepUntil(changes.size());
-    m_waiting.clear();
+    m_firstWaiting = m_winners.size();
 }
 
-/// The alternative that matched counts, and none of the others.
-void qxRuleRun::bringWinnerBack(Frame& frame)
+/// The alternative that matched counts, and none of the others; false when the input cannot go to its end.
+bool qxRuleRun::bringWinnerBack(Frame& frame)
 {
-    m_marks.undo(frame.marks);
-    for (std::size_t i = frame.aside; i < m_aside.size(); ++i) m_marks.apply(m_aside[i]);
-    m_aside.resize(frame.aside);
-    frame.isWinnerAside = false;
-    if (frame.winnerCalls != frame.calls)
-        m_parser.restoreState(frame.winnerState, true);
-    else if (frame.calls != m_calls)
-        m_parser.restoreState(frame.state, true);
+    const Winner winner = m_winners.back();
+    m_marks.undo(winner.isAside ? frame.marks : winner.marks);
+    if (winner.isAside) {
+        for (std::size_t i = winner.aside; i < m_aside.size(); ++i) m_marks.apply(m_aside[i]);
+        if (winner.calls != frame.calls)
+            m_parser.restoreState(winner.state, true);
+        else if (frame.calls != m_calls)
+            m_parser.restoreState(frame.state, true);
+    }
+    dropWinner();
+    frame.winner = NONE;
+    return rewind(winner.end);
 }

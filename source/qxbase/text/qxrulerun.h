@@ -66,29 +66,34 @@ private:
     struct Frame {
         enum Kind : unsigned char { BODY, REPETITION, EXCLUSION };
         Kind kind = BODY;
-        bool isRule = false;        // BODY: of a rule, not of a group
-        bool isOptional = false;    // BODY: no match is a match of nothing
-        bool hasWinner = false;     // BODY: an alternative matched
-        bool isWaiting = false;     // later ones are run, and what it did was not put aside
-        bool isWinnerAside = false; // what it did is taken back for the time being
-        bool isSecond = false;      // EXCLUSION: its second factor is running
-        unsigned int index = 0;     // BODY: of the body; else of the node
+        bool isRule = false;     // BODY: of a rule, not of a group
+        bool isOptional = false; // BODY: no match is a match of nothing
+        bool isSecond = false;   // EXCLUSION: its second factor is running
+        unsigned int index = 0;  // BODY: of the body; else of the node
+        unsigned int node = 0;   // BODY: the current one
         unsigned int alternative = 0;
-        unsigned int node = 0;        // BODY: the current one
-        unsigned int caller = 0;      // BODY of a rule: the node that called it
-        unsigned int count = 0;       // REPETITION: matches
-        unsigned int marks = 0;       // height of the queue when it began
-        unsigned int winnerMarks = 0; // and when the alternative had matched
-        unsigned int calls = 0;       // of functions of the owner when it began
-        unsigned int winnerCalls = 0;
-        unsigned int aside = 0; // where the changes that were put aside begin
-        unsigned int outerCalls =
-            0; // BODY of a rule: what was known of the rule's activation around this one
-        qxUInt64 outerPosition = 0;
-        qxUInt64 start = 0;  // position in the input
-        qxUInt64 middle = 0; // BODY: behind the match; REPETITION: the last attempt; EXCLUSION: first factor
-        qxUInt64 state = 0;  // of the owner, when it began
-        qxUInt64 winnerState = 0;
+        unsigned int caller = 0; // BODY of a rule: the node that called it
+        unsigned int count =
+            0; // REPETITION: matches; BODY of a rule: calls at its activation around this one
+        unsigned int marks = 0;     // height of the queue when it began
+        unsigned int calls = 0;     // of functions of the owner when it began
+        unsigned int winner = NONE; // BODY: which of the winners is its own, when an alternative matched
+        qxUInt64 start = 0;         // position in the input
+        qxUInt64 middle =
+            0; // REPETITION: of the last attempt; EXCLUSION: behind the first factor; BODY of a rule: of its
+               // activation around this one
+        qxUInt64 state = 0; // of the owner, when it began
+    };
+
+    /// An alternative that matched, while later ones are run.
+    struct Winner {
+        unsigned int frame;
+        unsigned int marks; // height of the queue behind it
+        unsigned int calls;
+        bool isAside;       // what it did is taken back for the time being
+        unsigned int aside; // where the changes that were put aside begin
+        qxUInt64 end;       // position in the input
+        qxUInt64 state;     // of the owner
     };
 
     /// A rule that is being run: where it was entered last.
@@ -109,24 +114,26 @@ private:
     qxParseResult runTarget(const char* name);
     Outcome runFrames(std::size_t base);
     Outcome evaluate(unsigned int node);
-    Outcome evaluateOnce(unsigned int node, bool isOptional = false);
-    Outcome evaluateCall(unsigned int node, bool isOptional);
     Outcome evaluateTop();
+    Outcome evaluateTraced(unsigned int node);
+    Outcome evaluateOnce(unsigned int node);
+    Outcome evaluateFault(unsigned int node);
     Outcome deliver(Outcome outcome);
     Outcome deliverToBody(Outcome outcome);
     Outcome deliverToRepetition(Outcome outcome);
     Outcome deliverToExclusion(Outcome outcome);
-    bool endAlternative(Frame& frame, bool isMatch);
-    Outcome startAlternative(unsigned int alternative);
-    unsigned int findAlternative(const Frame& frame, unsigned int alternative);
-    Outcome finishBody();
-    Outcome finishRepetition(bool isMatch);
+    Outcome endMatch(unsigned int next);
+    Outcome endLaterAlternative(Frame& frame);
+    unsigned int findAlternative(unsigned int alternative);
+    unsigned int findLaterAlternative(const Frame& frame, unsigned int alternative) const;
     Outcome enterRule(unsigned int rule, unsigned int caller, bool isOptional);
-    Outcome openBody(unsigned int body, bool isOptional);
+    Outcome openGroup(unsigned int body, unsigned int node, bool isOptional);
     Outcome openRepetition(unsigned int node);
+    Outcome finishBody(Outcome outcome);
+    Outcome finishRepetition(bool isMatch);
+    bool isSureToFail(const qxRuleNode& element);
     bool isPure(const qxRuleNode& element) const;
-    bool isSureToFail(unsigned int node);
-    bool isSureToFail(const qxRuleStart& start);
+    const qxRuleStart* startOf(const qxRuleNode& element) const;
     Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);
     Outcome callOwner(qxParserFunction function, std::string_view name);
     Frame& pushFrame(Frame::Kind kind, unsigned int index);
@@ -138,7 +145,8 @@ private:
     // What functions can see
     qxUInt64 prepareCall();
     void putWinnersAside();
-    void bringWinnerBack(Frame& frame);
+    void dropWinner();
+    bool bringWinnerBack(Frame& frame);
 
     // What needs no frame
     Outcome matchSimple(const qxRuleNode& node);
@@ -161,7 +169,12 @@ private:
         if (position() >= m_farthest) noteFailureHere(node);
     }
     void noteFailureHere(unsigned int node);
-    void noteAlternative(unsigned int alternative);
+    void noteAlternatives(unsigned int first, unsigned int end)
+    {
+        if (first != end && position() >= m_farthest) noteAlternativesHere(first, end);
+    }
+    void noteAlternativesHere(unsigned int first, unsigned int end);
+    unsigned int firstOf(unsigned int alternative) const;
     Outcome raise(const char* format, unsigned int rule, unsigned int place);
     Outcome raiseLimit(const char* format);
     void unwind(std::size_t base);
@@ -188,7 +201,8 @@ private:
     std::vector<qxMarkQueue::Change> m_aside; // of winners, frame by frame
     unsigned int m_calls = 0;                 // of functions of the owner, all in all
     std::size_t m_stated = 0;                 // the frames whose `state` is known: the lowest ones
-    std::vector<unsigned int> m_waiting;      // the frames that wait, lowest first
+    std::vector<Winner> m_winners;            // in the order of their frames
+    std::size_t m_firstWaiting = 0; // the first of them that is not put aside; all behind it are neither
 
     qxUInt64 m_maxSteps = 100000000;
     unsigned int m_maxDepth = 1000000;

@@ -23,8 +23,20 @@ constexpr unsigned int DEEPEST_INDENT = 40;
 qxString qxRuleRun::getExpected() const
 {
     std::vector<std::string_view> texts;
-    for (unsigned int i = 0; i < m_expectedCount; ++i) {
-        const std::string_view text = m_code->textOf(nodeAt(m_expected[i]));
+    std::vector<unsigned int> open(m_expected, m_expected + m_expectedCount);
+    std::reverse(open.begin(), open.end());
+    while (!open.empty() && texts.size() < MOST_EXPECTED) {
+        const qxRuleNode& node = nodeAt(open.back());
+        open.pop_back();
+        if (node.kind == qxRuleNode::GROUP) { // say what it begins with
+            const std::size_t count = open.size();
+            for (unsigned int a = m_code->bodies[node.value].first;
+                 a != NONE && open.size() < count + MOST_EXPECTED; a = m_code->alternatives[a].next)
+                open.push_back(firstOf(a));
+            std::reverse(open.begin() + static_cast<std::ptrdiff_t>(count), open.end());
+            continue;
+        }
+        const std::string_view text = m_code->textOf(node);
         if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
     }
     qxString expected;
@@ -68,15 +80,20 @@ void qxRuleRun::noteFailureHere(unsigned int node)
     m_expected[m_expectedCount++] = node;
 }
 
-/// Notes what an alternative begins with that was left out.
-void qxRuleRun::noteAlternative(unsigned int alternative)
+/// Notes what the alternatives begin with that were left out.
+void qxRuleRun::noteAlternativesHere(unsigned int first, unsigned int end)
 {
-    if (position() < m_farthest) return;
+    for (; first != end; first = m_code->alternatives[first].next) noteFailureHere(firstOf(first));
+}
+
+/// The first element of an alternative that looks at the input.
+unsigned int qxRuleRun::firstOf(unsigned int alternative) const
+{
     unsigned int node = m_code->alternatives[alternative].first;
     while (nodeAt(node).next != NONE &&
            (nodeAt(node).kind == qxRuleNode::MARK || nodeAt(node).kind == qxRuleNode::MATCH_MARK))
         node = nodeAt(node).next;
-    noteFailureHere(node);
+    return node;
 }
 
 /// Sets an error of the text of a rule.

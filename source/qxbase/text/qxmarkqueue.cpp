@@ -2,14 +2,6 @@
 
 #include "text/qxmarkqueue.h"
 
-bool qxMarkQueue::take(bool isOldest, qxParserMark& mark)
-{
-    if (isEmpty()) return false;
-    mark = isOldest ? m_marks[m_first] : m_marks.back();
-    apply({isOldest ? Change::TOOK_OLDEST : Change::TOOK_NEWEST, mark});
-    return true;
-}
-
 void qxMarkQueue::clear()
 {
     m_marks.clear();
@@ -17,7 +9,7 @@ void qxMarkQueue::clear()
     m_changes.clear();
 }
 
-void qxMarkQueue::undo(std::size_t height)
+void qxMarkQueue::undoSlowly(std::size_t height)
 {
     for (; m_changes.size() > height; m_changes.pop_back()) {
         const Change& change = m_changes.back();
@@ -36,21 +28,10 @@ void qxMarkQueue::undo(std::size_t height, std::vector<Change>& kept)
     undo(height);
 }
 
-void qxMarkQueue::apply(const Change& change)
-{
-    if (change.kind == Change::ADDED)
-        m_marks.push_back(change.mark);
-    else if (change.kind == Change::TOOK_NEWEST)
-        m_marks.pop_back();
-    else
-        ++m_first;
-    m_changes.push_back(change);
-}
-
-void qxMarkQueue::settle(std::size_t height)
+void qxMarkQueue::settleSlowly(std::size_t height)
 {
     const std::size_t count = m_changes.size() - height;
-    if (count < 2 || count > FEW || m_changes.back().kind == Change::ADDED) return;
+    if (count > FEW) return;
     std::size_t added = 0;
     for (std::size_t i = height; i < m_changes.size(); ++i)
         added += m_changes[i].kind == Change::ADDED ? 1 : 0;

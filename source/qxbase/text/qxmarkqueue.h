@@ -23,7 +23,13 @@ public:
     void add(const qxParserMark& mark) { apply({Change::ADDED, mark}); }
 
     /// Takes the newest mark, or the oldest one; false when there is none.
-    bool take(bool isOldest, qxParserMark& mark);
+    bool take(bool isOldest, qxParserMark& mark)
+    {
+        if (isEmpty()) return false;
+        mark = isOldest ? m_marks[m_first] : m_marks.back();
+        apply({isOldest ? Change::TOOK_OLDEST : Change::TOOK_NEWEST, mark});
+        return true;
+    }
 
     bool isEmpty() const { return m_first == m_marks.size(); }
     std::size_t getCount() const { return m_marks.size() - m_first; }
@@ -33,18 +39,36 @@ public:
     std::size_t getHeight() const { return m_changes.size(); }
 
     /// Takes back all changes from `height` on.
-    void undo(std::size_t height);
+    void undo(std::size_t height)
+    {
+        if (m_changes.size() > height) undoSlowly(height);
+    }
 
     /// As undo; the changes are appended to `kept` in their order.
     void undo(std::size_t height, std::vector<Change>& kept);
 
     /// Makes a change again, or anew.
-    void apply(const Change& change);
+    void apply(const Change& change)
+    {
+        if (change.kind == Change::ADDED)
+            m_marks.push_back(change.mark);
+        else if (change.kind == Change::TOOK_NEWEST)
+            m_marks.pop_back();
+        else
+            ++m_first;
+        m_changes.push_back(change);
+    }
 
     /// Nobody goes back to where it was behind `height`, so that marks that were added and taken since can be forgotten.
-    void settle(std::size_t height);
+    void settle(std::size_t height)
+    {
+        if (m_changes.size() >= height + 2 && m_changes.back().kind != Change::ADDED) settleSlowly(height);
+    }
 
 private:
+    void settleSlowly(std::size_t height);
+    void undoSlowly(std::size_t height);
+
     static constexpr std::size_t FEW = 16; // changes that are looked through
 
     std::vector<qxParserMark> m_marks;

@@ -9,6 +9,7 @@ namespace
 
 constexpr unsigned int NONE = qxRuleNode::NONE;
 constexpr unsigned int DEEPEST_EXCLUSION = 8; // of those that are matched by recursion
+constexpr std::size_t MOST_TABLES = 2048;     // of 256 bytes
 constexpr unsigned int MOST_PASSES = 32;      // over rules that depend on each other; real ones need a few
 
 } // namespace
@@ -51,6 +52,7 @@ qxRuleProgram::qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& fu
         findStarts();
     else
         startAnywhere();
+    makeEntrances();
 }
 
 qxRuleTarget qxRuleProgram::find(std::string_view name) const
@@ -124,8 +126,11 @@ qxRuleOperation qxRuleProgram::makeOperation(unsigned int index) const
     operation.set = setOf(node);
     if (operation.set) {
         operation.kind = node.isRepeated() ? Operation::SETS : Operation::SET;
+        operation.isOptional = node.min == 0;
     } else if (m_simple[index] && (node.kind != qxRuleNode::LITERAL || node.isRepeated())) {
-        operation.kind = Operation::SIMPLE;
+        const bool isBuiltin = node.kind == qxRuleNode::CALL && !node.isRepeated();
+        operation.kind = isBuiltin ? Operation::BUILTIN : Operation::SIMPLE;
+        if (isBuiltin) operation.function = m_targets[node.value].function;
     } else if (node.kind == qxRuleNode::LITERAL) {
         operation.literal = &m_code.literals[node.value];
         operation.kind = operation.literal->size() == 1 ? Operation::TOKEN : Operation::LITERAL;
@@ -136,6 +141,7 @@ qxRuleOperation qxRuleProgram::makeOperation(unsigned int index) const
         const bool isRule = node.kind == qxRuleNode::CALL && m_targets[node.value].kind == qxRuleTarget::RULE;
         operation.isOptional = node.min == 0 && node.max == 1 && !node.isCounted;
         if (isRule) operation.index = m_targets[node.value].index;
+        if (node.kind == qxRuleNode::CALL) operation.function = m_targets[node.value].function;
         if (node.isRepeated() && !(operation.isOptional && (isRule || node.kind == qxRuleNode::GROUP)))
             operation.kind = Operation::REPETITION;
         else if (node.kind == qxRuleNode::CALL)
@@ -350,6 +356,45 @@ void qxRuleProgram::startAnywhere()
     for (std::vector<qxRuleStart>* starts : {&m_alternatives, &m_bodies}) {
         for (qxRuleStart& start : *starts) start.mustRun = start.isImpure = true;
     }
+}
+
+void qxRuleProgram::makeEntrances()
+{
+    m_listed.reserve(m_code.alternatives.size()); // so that they stay where they are
+    for (unsigned int body = 0; body < m_code.bodies.size(); ++body) {
+        qxRuleEntrance entrance;
+        entrance.alternatives = m_listed.data() + m_listed.size();
+        entrance.closesCircle = m_circles[m_code.bodies[body].rule] != 0;
+        for (unsigned int a = m_code.bodies[body].first; a != NONE; a = m_code.alternatives[a].next)
+            m_listed.push_back(a);
+        if (m_code.bodies[body].first == m_code.bodies[body].last)
+            entrance.only = &m_alternatives[m_code.bodies[body].first];
+        qxRuleChoice choice;
+        if (m_tables.size() < MOST_TABLES && makeChoice(body, choice)) {
+            m_tables.push_back(choice);
+            entrance.choice = &m_tables.back();
+        }
+        m_entrances.push_back(entrance);
+    }
+}
+
+/// False for bodies that must look at each alternative, or have only one.
+bool qxRuleProgram::makeChoice(unsigned int body, qxRuleChoice& choice) const
+{
+    const qxRuleBody& alternatives = m_code.bodies[body];
+    if (alternatives.first == alternatives.last || m_bodies[body].mustRun) return false;
+    std::fill(std::begin(choice.first), std::end(choice.first), qxRuleChoice::NONE);
+    unsigned int number = 0;
+    for (unsigned int a = alternatives.first; a != NONE; a = m_code.alternatives[a].next, ++number) {
+        if (number >= qxRuleChoice::NONE) return false;
+        for (unsigned int token = 0; token < qxCharSet::BITS; ++token) {
+            if (m_alternatives[a].isSureToFail(static_cast<char16_t>(token))) continue;
+            unsigned char& first = choice.first[token];
+            first =
+                static_cast<unsigned char>(first == qxRuleChoice::NONE ? number : first | qxRuleChoice::MORE);
+        }
+    }
+    return true;
 }
 
 std::shared_ptr<const qxRuleProgram> qxMakeRuleProgram(const qxRefPointer<qxRuleSet>& rules,

@@ -7,6 +7,7 @@
 #include "text/qxrulecode.h"
 #include "text/qxtokenparsers.h"
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -58,10 +59,11 @@ struct qxRuleOperation {
         LITERAL, ///< a longer or empty one
         SET,     ///< one character of a set
         SETS,    ///< several, as the suffix says
-        SIMPLE,  ///< something else that calls nobody but built-in parsers
+        BUILTIN, ///< a built-in parser
+        SIMPLE,  ///< something else that calls nobody but these
         MARK,
         MATCH_MARK,
-        FUNCTION,   ///< built-in or not
+        FUNCTION,   ///< of the owner
         RULE,       ///< perhaps optional
         GROUP,      ///< perhaps optional
         REPETITION, ///< of something that is not simple
@@ -75,12 +77,31 @@ struct qxRuleOperation {
     unsigned int next = qxRuleNode::NONE;    ///< in the alternative
     const qxCharSet* set = nullptr;          ///< SET and SETS
     const std::u16string* literal = nullptr; ///< LITERAL
+    qxParserFunction function = nullptr;     ///< BUILTIN and FUNCTION, where null is an unknown one
+};
+
+struct qxRuleChoice;
+
+/// How a body is entered.
+struct qxRuleEntrance {
+    const unsigned int* alternatives = nullptr; ///< the indexes of all, in a row
+    const qxRuleStart* only = nullptr;          ///< the start of the only one
+    const qxRuleChoice* choice = nullptr;       ///< null where each must be looked at
+    bool closesCircle = false; ///< of a rule: circles of calls that take nothing on the way are noticed here
 };
 
 /// A call that a rule may make before it takes anything.
 struct qxRuleLeftCall {
     unsigned int rule; ///< that is called
     unsigned int node;
+};
+
+/// Which alternative of a body comes first for each token below 256, in a table.
+struct qxRuleChoice {
+    static constexpr unsigned char NONE = 0x7F;
+    static constexpr unsigned char MORE = 0x80; ///< flag: another one may match as well
+
+    unsigned char first[qxCharSet::BITS]; ///< the number of the alternative, from 0
 };
 
 /// Built once for a rule set and the functions of a kind of parser, and then never changed, so that parsers on many
@@ -94,16 +115,17 @@ public:
     const qxRuleCode& getCode() const { return m_code; }
     const qxRuleTarget& getTarget(unsigned int name) const { return m_targets[name]; }
     const qxCharSet& getSet(unsigned int index) const { return m_sets[index]; }
-    const qxRuleStart& getStart(unsigned int alternative) const { return m_alternatives[alternative]; }
     const qxRuleStart& getBodyStart(unsigned int body) const { return m_bodies[body]; }
 
-    const qxRuleOperation& getOperation(unsigned int node) const { return m_operations[node]; }
+    // By the index of the node, alternative or body
+
+    const qxRuleOperation* getOperations() const { return m_operations.data(); }
+    const qxRuleStart* getStarts() const { return m_alternatives.data(); }
+
+    const qxRuleEntrance* getEntrances() const { return m_entrances.data(); }
 
     /// True when the node is matched without a frame of its own: it calls nobody but built-in parsers.
     bool isSimple(unsigned int node) const { return m_simple[node] != 0; }
-
-    /// True when every circle of calls that take nothing on the way and that the rule is in is noticed at it.
-    bool closesCircle(unsigned int rule) const { return m_circles[rule] != 0; }
 
     /// True when the node may match nothing.
     bool isNullable(const qxRuleNode& node) const { return isNullableNow(node); }
@@ -129,6 +151,8 @@ private:
     void computeAlternative(unsigned int alternative, qxRuleStart& start) const;
     qxRuleStart startOf(const qxRuleNode& node) const;
     void startAnywhere();
+    void makeEntrances();
+    bool makeChoice(unsigned int body, qxRuleChoice& choice) const;
 
     const qxRuleCode& m_code;
     const qxParserFunctions m_functions;
@@ -141,6 +165,9 @@ private:
     std::vector<unsigned char> m_openRules; // whose start is being computed, or not yet
     std::vector<qxRuleStart> m_alternatives;
     std::vector<qxRuleStart> m_bodies;
+    std::vector<unsigned int> m_listed; // the alternatives of one body behind those of the other
+    std::deque<qxRuleChoice> m_tables;
+    std::vector<qxRuleEntrance> m_entrances;
 };
 
 /// A program that keeps its rule set alive.

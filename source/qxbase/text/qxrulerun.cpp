@@ -30,6 +30,11 @@ void qxRuleRun::setProgram(std::shared_ptr<const qxRuleProgram> program)
 {
     m_program = std::move(program);
     m_code = &m_program->getCode();
+    m_operations = m_program->getOperations();
+    m_starts = m_program->getStarts();
+    m_alternatives = m_code->alternatives.data();
+    m_bodies = m_code->bodies.data();
+    m_entrances = m_program->getEntrances();
     m_activations.assign(m_code->rules.size(), Activation());
 }
 
@@ -51,8 +56,7 @@ qxParseResult qxRuleRun::run(const char* name)
         ~Guard()
         {
             run.dropFrames(base);
-            if (--run.m_runs == 0 && run.m_frames.capacity() > FRAMES_KEPT)
-                std::vector<Frame>().swap(run.m_frames);
+            if (--run.m_runs == 0) run.m_frames.shrink(FRAMES_KEPT);
         }
     };
     if (m_runs == 0) {
@@ -99,28 +103,37 @@ qxRuleRun::Outcome qxRuleRun::runFrames(std::size_t base)
     }
 }
 
+/// Evaluates in the frame on top until something opens, or something is there that must be delivered.
 inline qxRuleRun::Outcome qxRuleRun::evaluateTop()
 {
-    const Frame& frame = m_frames.back();
-    if (m_stepsLeft <= 1 && !isStepAllowed())
-        return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
-    --m_stepsLeft;
-    switch (frame.kind) {
-    case Frame::BODY:
-        return m_isTracing ? evaluateTraced(frame.node) : evaluate(frame.node);
-    case Frame::REPETITION:
-        return evaluateOnce(frame.index);
-    default: {
-        const unsigned int node = frame.isSecond ? nodeAt(frame.index).other : nodeAt(frame.index).value;
-        return m_isTracing ? evaluateTraced(node) : evaluate(node);
+    const bool isPlain = m_frames.back().kind == Frame::BODY && !m_isTracing;
+    for (;;) {
+        if (m_stepsLeft <= 1 && !isStepAllowed())
+            return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
+        --m_stepsLeft;
+        if (!isPlain) return evaluateFactor(m_frames.back());
+        const unsigned int node = m_frames.back().node;
+        const unsigned int next = m_operations[node].next;
+        const Outcome outcome = evaluate(node);
+        if (outcome != OK || next == NONE) return outcome;
+        m_frames.back().node = next; // it is the same frame, though a function may have moved it
     }
-    }
+}
+
+/// What stands next in the frame on top, where that is not just the next element of a body.
+qxRuleRun::Outcome qxRuleRun::evaluateFactor(const Frame& frame)
+{
+    if (frame.kind == Frame::REPETITION) return evaluateOnce(frame.index);
+    unsigned int node = frame.node;
+    if (frame.kind == Frame::EXCLUSION)
+        node = frame.isSecond ? nodeAt(frame.index).other : nodeAt(frame.index).value;
+    return m_isTracing ? evaluateTraced(node) : evaluate(node);
 }
 
 inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
 {
     typedef qxRuleOperation Operation;
-    const Operation& operation = m_program->getOperation(node);
+    const Operation& operation = m_operations[node];
     qxTokenView& view = m_parser.m_view;
     Outcome outcome = OK;
     switch (operation.kind) {
@@ -137,7 +150,15 @@ inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
         outcome = matchSet(*operation.set);
         break;
     case Operation::SETS:
-        outcome = matchSets(*operation.set, nodeAt(node));
+        if (view.current != view.end && *view.current < qxCharSet::BITS &&
+            !operation.set->hasBit(*view.current))
+            outcome = operation.isOptional ? OK : NO_MATCH;
+        else
+            outcome = matchSets(*operation.set, nodeAt(node));
+        break;
+    case Operation::BUILTIN:
+        outcome = matchBuiltin(operation.function);
+        if (outcome == ERROR) wrapError(m_frames.size(), node);
         break;
     case Operation::SIMPLE:
         outcome = matchSimple(nodeAt(node));
@@ -148,10 +169,10 @@ inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
     case Operation::MATCH_MARK:
         setMark(1); // what stands behind an element that failed is only read past
         return OK;
-    case Operation::FUNCTION: {
-        const unsigned int name = operation.index;
-        return callFunction(m_program->getTarget(name), m_code->names[name], node);
-    }
+    case Operation::FUNCTION:
+        outcome = callOwner(operation.function, operation.function ? "" : m_code->names[operation.index]);
+        if (outcome == ERROR) wrapError(m_frames.size(), node);
+        break;
     case Operation::RULE:
         return enterRule(operation.index, node, operation.isOptional);
     case Operation::GROUP:
@@ -173,7 +194,7 @@ qxRuleRun::Outcome qxRuleRun::evaluateTraced(unsigned int node)
 {
     const qxRuleNode& element = nodeAt(node);
     if (!element.isRepeated()) return evaluateOnce(node);
-    if (m_program->getOperation(node).isOptional && element.kind == qxRuleNode::GROUP)
+    if (m_operations[node].isOptional && element.kind == qxRuleNode::GROUP)
         return openGroup(element.value, node, true);
     return openRepetition(node);
 }
@@ -213,7 +234,7 @@ qxRuleRun::Outcome qxRuleRun::evaluateOnce(unsigned int node)
 qxRuleRun::Outcome qxRuleRun::evaluateFault(unsigned int node)
 {
     const qxRuleFault& fault = m_code->faults[nodeAt(node).value];
-    return raise(fault.format, m_code->bodies[m_frames.back().index].rule, fault.place);
+    return raise(fault.format, m_bodies[m_frames.back().index].rule, fault.place);
 }
 
 /// What the frame on top waited for has come.
@@ -233,28 +254,30 @@ inline qxRuleRun::Outcome qxRuleRun::deliverToBody(Outcome outcome)
 {
     Frame& frame = m_frames.back();
     if (outcome == OK) {
-        const unsigned int next = m_program->getOperation(frame.node).next;
+        const unsigned int next = m_operations[frame.node].next;
         if (next != NONE) {
             frame.node = next;
             return OPENED;
         }
+        if (frame.isAlone) return finishBody(OK);
         if (frame.winner != NONE) return endLaterAlternative(frame);
-        return endMatch(m_code->alternatives[frame.alternative].next);
+        return endMatch(m_alternatives[frame.alternative].next);
     }
-    const qxRuleAlternative& alternative = m_code->alternatives[frame.alternative];
+    const qxRuleAlternative& alternative = m_alternatives[frame.alternative];
     if (alternative.holdsFault) // it stands in what is read past now
-        return evaluateFault(m_code->rules[m_code->bodies[frame.index].rule].fault);
+        return evaluateFault(m_code->rules[m_bodies[frame.index].rule].fault);
     if (frame.winner != NONE) return endLaterAlternative(frame);
     if (!takeBack(frame)) return ERROR;
+    if (frame.isAlone) return finishBody(NO_MATCH);
     frame.alternative = findAlternative(alternative.next);
     noteAlternatives(alternative.next, frame.alternative);
     if (frame.alternative == NONE) return finishBody(NO_MATCH);
-    frame.node = m_code->alternatives[frame.alternative].first;
+    frame.node = m_alternatives[frame.alternative].first;
     return OPENED;
 }
 
 /// An alternative matched, the first one; those from `next` on are to be run all the same.
-qxRuleRun::Outcome qxRuleRun::endMatch(unsigned int next)
+inline qxRuleRun::Outcome qxRuleRun::endMatch(unsigned int next)
 {
     Frame& frame = m_frames.back();
     if (next != NONE) next = findLaterAlternative(frame, next);
@@ -263,7 +286,7 @@ qxRuleRun::Outcome qxRuleRun::endMatch(unsigned int next)
     m_winners.push_back({static_cast<unsigned int>(m_frames.size() - 1),
                          static_cast<unsigned int>(m_marks.getHeight()), m_calls, false, 0, position(), 0});
     frame.alternative = next;
-    frame.node = m_code->alternatives[next].first;
+    frame.node = m_alternatives[next].first;
     return rewind(frame.start) ? OPENED : ERROR;
 }
 
@@ -271,21 +294,41 @@ qxRuleRun::Outcome qxRuleRun::endMatch(unsigned int next)
 qxRuleRun::Outcome qxRuleRun::endLaterAlternative(Frame& frame)
 {
     const Winner& winner = m_winners[frame.winner];
-    const unsigned int next = findLaterAlternative(frame, m_code->alternatives[frame.alternative].next);
+    const unsigned int next = findLaterAlternative(frame, m_alternatives[frame.alternative].next);
     if (next == NONE) return bringWinnerBack(frame) ? finishBody(OK) : ERROR;
     m_marks.undo(winner.isAside ? frame.marks : winner.marks);
     if (winner.isAside && frame.calls != m_calls) m_parser.restoreState(frame.state, false);
     frame.alternative = next;
-    frame.node = m_code->alternatives[next].first;
+    frame.node = m_alternatives[next].first;
     return rewind(frame.start) ? OPENED : ERROR;
+}
+
+/// The first alternative of a body that may match here, NONE without any. `isAlone` receives whether no other may.
+inline unsigned int qxRuleRun::chooseAlternative(unsigned int body, bool& isAlone)
+{
+    const qxRuleEntrance& entrance = m_entrances[body];
+    isAlone = entrance.only != nullptr;
+    if (m_isTracing) return *entrance.alternatives;
+    if (isAlone) {
+        const qxRuleStart& start = *entrance.only;
+        if (start.mustRun || start.isNullable ||
+            (m_parser.hasData() && start.admits(*m_parser.m_view.current)))
+            return *entrance.alternatives;
+        return NONE;
+    }
+    if (!entrance.choice || !m_parser.hasData() || *m_parser.m_view.current >= qxCharSet::BITS)
+        return findAlternative(*entrance.alternatives);
+    const unsigned char first = entrance.choice->first[*m_parser.m_view.current];
+    isAlone = (first & qxRuleChoice::MORE) == 0;
+    return first == qxRuleChoice::NONE ? NONE : entrance.alternatives[first & qxRuleChoice::NONE];
 }
 
 /// The first alternative from `alternative` on that does not fail before the next token in a way that nobody can tell;
 /// NONE when there is no more.
 unsigned int qxRuleRun::findAlternative(unsigned int alternative)
 {
-    for (; alternative != NONE && !m_isTracing; alternative = m_code->alternatives[alternative].next) {
-        const qxRuleStart& start = m_program->getStart(alternative);
+    for (; alternative != NONE && !m_isTracing; alternative = m_alternatives[alternative].next) {
+        const qxRuleStart& start = m_starts[alternative];
         if (start.mustRun || start.isNullable) break;
         if (m_parser.hasData() && start.admits(*m_parser.m_view.current)) break;
     }
@@ -297,8 +340,8 @@ unsigned int qxRuleRun::findLaterAlternative(const Frame& frame, unsigned int al
 {
     const qxTokenView& view = m_parser.m_view;
     const bool isSeen = frame.start >= view.bufferPos && frame.start < m_parser.positionOf(view.end);
-    for (; alternative != NONE && !m_isTracing; alternative = m_code->alternatives[alternative].next) {
-        const qxRuleStart& start = m_program->getStart(alternative);
+    for (; alternative != NONE && !m_isTracing; alternative = m_alternatives[alternative].next) {
+        const qxRuleStart& start = m_starts[alternative];
         if (!start.isImpure) continue;
         if (start.mustRun || start.isNullable || !isSeen || start.admits(*m_parser.tokenAt(frame.start)))
             break;
@@ -306,28 +349,27 @@ unsigned int qxRuleRun::findLaterAlternative(const Frame& frame, unsigned int al
     return alternative;
 }
 
-qxRuleRun::Outcome qxRuleRun::enterRule(unsigned int rule, unsigned int caller, bool isOptional)
+inline qxRuleRun::Outcome qxRuleRun::enterRule(unsigned int rule, unsigned int caller, bool isOptional)
 {
     const unsigned int body = m_code->rules[rule].body;
     if (m_isTracing) trace("Parsing Rule     : %s%s(Line:%d,Col:%d)", ruleName(rule));
-    const unsigned int alternative = findAlternative(m_code->bodies[body].first);
-    if (alternative == NONE) {
-        if (caller != NONE)
-            noteFailure(caller);
-        else
-            noteAlternatives(m_code->bodies[body].first, NONE);
-        return isOptional ? OK : NO_MATCH;
-    }
-    Frame& frame = pushFrame(Frame::BODY, body);
+    bool isAlone = false;
+    const unsigned int alternative = chooseAlternative(body, isAlone);
+    if (alternative == NONE) return refuseBody(body, caller, isOptional);
+    openBody(body, alternative, isAlone, isOptional);
+    Frame& frame = m_frames.back();
     frame.isRule = true;
-    frame.isOptional = isOptional;
     frame.caller = caller;
-    frame.alternative = alternative;
-    frame.node = m_code->alternatives[alternative].first;
     ++m_depth;
     if (m_frames.size() > m_maxDepth)
         return raiseLimit("Rules nested too deeply in rule '%s' at (Line:%d,Col:%d) -> %s");
-    if (!m_program->closesCircle(rule)) return OPENED;
+    return m_entrances[body].closesCircle ? enterCircle(rule) : OPENED;
+}
+
+/// For the rule in the frame on top, which may have called itself before anything was taken.
+qxRuleRun::Outcome qxRuleRun::enterCircle(unsigned int rule)
+{
+    Frame& frame = m_frames.back();
     Activation& activation = m_activations[rule];
     // Nothing has happened since that would make it go another way this time.
     const bool isEndless = activation.position == frame.start && activation.calls == m_calls;
@@ -336,18 +378,33 @@ qxRuleRun::Outcome qxRuleRun::enterRule(unsigned int rule, unsigned int caller, 
     return isEndless ? raiseLimit("Left recursion in rule '%s' at (Line:%d,Col:%d) -> %s") : OPENED;
 }
 
-qxRuleRun::Outcome qxRuleRun::openGroup(unsigned int body, unsigned int node, bool isOptional)
+inline qxRuleRun::Outcome qxRuleRun::openGroup(unsigned int body, unsigned int node, bool isOptional)
 {
-    const unsigned int alternative = findAlternative(m_code->bodies[body].first);
-    if (alternative == NONE) {
-        noteFailure(node);
-        return isOptional ? OK : NO_MATCH;
-    }
+    bool isAlone = false;
+    const unsigned int alternative = chooseAlternative(body, isAlone);
+    if (alternative == NONE) return refuseBody(body, node, isOptional);
+    return openBody(body, alternative, isAlone, isOptional);
+}
+
+inline qxRuleRun::Outcome qxRuleRun::openBody(unsigned int body, unsigned int alternative, bool isAlone,
+                                              bool isOptional)
+{
     Frame& frame = pushFrame(Frame::BODY, body);
     frame.isOptional = isOptional;
+    frame.isAlone = isAlone;
     frame.alternative = alternative;
-    frame.node = m_code->alternatives[alternative].first;
+    frame.node = m_alternatives[alternative].first;
     return OPENED;
+}
+
+/// A body of which no alternative can match; `node` is what called it, NONE for nobody.
+qxRuleRun::Outcome qxRuleRun::refuseBody(unsigned int body, unsigned int node, bool isOptional)
+{
+    if (node != NONE)
+        noteFailure(node);
+    else
+        noteAlternatives(m_bodies[body].first, NONE);
+    return isOptional ? OK : NO_MATCH;
 }
 
 qxRuleRun::Outcome qxRuleRun::openRepetition(unsigned int node)
@@ -363,12 +420,12 @@ qxRuleRun::Outcome qxRuleRun::openRepetition(unsigned int node)
     return OPENED;
 }
 
-qxRuleRun::Outcome qxRuleRun::finishBody(Outcome outcome)
+inline qxRuleRun::Outcome qxRuleRun::finishBody(Outcome outcome)
 {
     const Frame& frame = m_frames.back();
     if (outcome == NO_MATCH && frame.isOptional) outcome = OK;
     if (frame.isRule) {
-        const unsigned int rule = m_code->bodies[frame.index].rule;
+        const unsigned int rule = m_bodies[frame.index].rule;
         if (m_isTracing)
             traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s", ruleName(rule), outcome);
         m_parser.reportProgress();
@@ -451,7 +508,7 @@ qxRuleRun::Outcome qxRuleRun::callFunction(const qxRuleTarget& target, std::stri
 }
 
 /// What a function did that did not match is taken back, whatever it said.
-qxRuleRun::Outcome qxRuleRun::callOwner(qxParserFunction function, std::string_view name)
+inline qxRuleRun::Outcome qxRuleRun::callOwner(qxParserFunction function, std::string_view name)
 {
     const qxUInt64 state = prepareCall();
     const qxUInt64 start = position();
@@ -462,7 +519,7 @@ qxRuleRun::Outcome qxRuleRun::callOwner(qxParserFunction function, std::string_v
     else
         result = m_parser.parseFunction(qxPieceOf(name, qxString::MAX_LENGTH));
     if (result == QX_PARSE_OK) {
-        m_marks.settle(m_frames.empty() ? 0 : m_frames.back().marks);
+        m_marks.settle(m_frames.size() == 0 ? 0 : m_frames.back().marks);
         return OK;
     }
     if (result != QX_PARSE_NO_MATCH) return ERROR;
@@ -471,23 +528,26 @@ qxRuleRun::Outcome qxRuleRun::callOwner(qxParserFunction function, std::string_v
     return position() == start || rewind(start) ? NO_MATCH : ERROR;
 }
 
-qxRuleRun::Frame& qxRuleRun::pushFrame(Frame::Kind kind, unsigned int index)
+inline qxRuleRun::Frame& qxRuleRun::pushFrame(Frame::Kind kind, unsigned int index)
 {
-    Frame& frame = m_frames.emplace_back();
+    Frame& frame = m_frames.push();
     frame.kind = kind;
+    frame.isRule = frame.isOptional = frame.isAlone = frame.isSecond = false;
     frame.index = index;
-    frame.start = position();
+    frame.count = 0;
     frame.marks = static_cast<unsigned int>(m_marks.getHeight());
     frame.calls = m_calls;
+    frame.winner = NONE;
+    frame.start = position();
     return frame;
 }
 
-void qxRuleRun::popFrame()
+inline void qxRuleRun::popFrame()
 {
     const Frame& frame = m_frames.back();
     if (frame.isRule) {
-        const unsigned int rule = m_code->bodies[frame.index].rule;
-        if (m_program->closesCircle(rule)) m_activations[rule] = {frame.middle, frame.count};
+        if (m_entrances[frame.index].closesCircle)
+            m_activations[m_bodies[frame.index].rule] = {frame.middle, frame.count};
         --m_depth;
     }
     m_frames.pop_back();
@@ -495,7 +555,7 @@ void qxRuleRun::popFrame()
 }
 
 /// Goes back to where the input, the marks and what functions keep stood when the frame began.
-bool qxRuleRun::takeBack(Frame& frame)
+inline bool qxRuleRun::takeBack(Frame& frame)
 {
     m_marks.undo(frame.marks);
     if (frame.calls != m_calls) {
@@ -522,7 +582,7 @@ void qxRuleRun::dropWinner()
 }
 
 /// Makes everything as functions must find it, and remembers the owner's state for all that may go back to it.
-qxUInt64 qxRuleRun::prepareCall()
+inline qxUInt64 qxRuleRun::prepareCall()
 {
     if (m_firstWaiting < m_winners.size()) putWinnersAside();
     const qxUInt64 state = m_parser.saveState();

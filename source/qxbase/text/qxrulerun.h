@@ -6,6 +6,7 @@
 #include "qxbasicparser.h"
 #include "text/qxmarkqueue.h"
 #include "text/qxruleprogram.h"
+#include "text/qxrulestack.h"
 
 #include <memory>
 #include <string_view>
@@ -65,24 +66,24 @@ private:
     /// Something open. What its node waits for is delivered to it when that is finished.
     struct Frame {
         enum Kind : unsigned char { BODY, REPETITION, EXCLUSION };
-        Kind kind = BODY;
-        bool isRule = false;     // BODY: of a rule, not of a group
-        bool isOptional = false; // BODY: no match is a match of nothing
-        bool isSecond = false;   // EXCLUSION: its second factor is running
-        unsigned int index = 0;  // BODY: of the body; else of the node
-        unsigned int node = 0;   // BODY: the current one
-        unsigned int alternative = 0;
-        unsigned int caller = 0; // BODY of a rule: the node that called it
-        unsigned int count =
-            0; // REPETITION: matches; BODY of a rule: calls at its activation around this one
-        unsigned int marks = 0;     // height of the queue when it began
-        unsigned int calls = 0;     // of functions of the owner when it began
-        unsigned int winner = NONE; // BODY: which of the winners is its own, when an alternative matched
-        qxUInt64 start = 0;         // position in the input
-        qxUInt64 middle =
-            0; // REPETITION: of the last attempt; EXCLUSION: behind the first factor; BODY of a rule: of its
-               // activation around this one
-        qxUInt64 state = 0; // of the owner, when it began
+        Kind kind;
+        bool isRule;        // BODY: of a rule, not of a group
+        bool isOptional;    // BODY: no match is a match of nothing
+        bool isAlone;       // BODY: no other alternative can match here
+        bool isSecond;      // EXCLUSION: its second factor is running
+        unsigned int index; // BODY: of the body; else of the node
+        unsigned int node;  // BODY: the current one
+        unsigned int alternative;
+        unsigned int caller; // BODY of a rule: the node that called it
+        unsigned int count;  // REPETITION: matches; BODY of a rule: calls at its activation around this one
+        unsigned int marks;  // height of the queue when it began
+        unsigned int calls;  // of functions of the owner when it began
+        unsigned int winner; // BODY: which of the winners is its own, when an alternative matched
+        qxUInt64 start;      // position in the input
+        qxUInt64
+            middle; // REPETITION: of the last attempt; EXCLUSION: behind the first factor; BODY of a rule: of its
+                    // activation around this one
+        qxUInt64 state; // of the owner, when it began
     };
 
     /// An alternative that matched, while later ones are run.
@@ -115,6 +116,7 @@ private:
     Outcome runFrames(std::size_t base);
     Outcome evaluate(unsigned int node);
     Outcome evaluateTop();
+    Outcome evaluateFactor(const Frame& frame);
     Outcome evaluateTraced(unsigned int node);
     Outcome evaluateOnce(unsigned int node);
     Outcome evaluateFault(unsigned int node);
@@ -124,6 +126,7 @@ private:
     Outcome deliverToExclusion(Outcome outcome);
     Outcome endMatch(unsigned int next);
     Outcome endLaterAlternative(Frame& frame);
+    unsigned int chooseAlternative(unsigned int body, bool& isAlone);
     unsigned int findAlternative(unsigned int alternative);
     unsigned int findLaterAlternative(const Frame& frame, unsigned int alternative) const;
     Outcome enterRule(unsigned int rule, unsigned int caller, bool isOptional);
@@ -136,6 +139,9 @@ private:
     const qxRuleStart* startOf(const qxRuleNode& element) const;
     Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);
     Outcome callOwner(qxParserFunction function, std::string_view name);
+    Outcome refuseBody(unsigned int body, unsigned int node, bool isOptional);
+    Outcome openBody(unsigned int body, unsigned int alternative, bool isAlone, bool isOptional);
+    Outcome enterCircle(unsigned int rule);
     Frame& pushFrame(Frame::Kind kind, unsigned int index);
     void popFrame();
     bool rewind(qxUInt64 position) { return m_parser.rewindTo(position); }
@@ -190,8 +196,13 @@ private:
     qxParserFunctions m_functions;
     std::shared_ptr<const qxRuleProgram> m_program; // null until it is made of the two
     const qxRuleCode* m_code = nullptr;
+    const qxRuleOperation* m_operations = nullptr; // of the program, and so on
+    const qxRuleStart* m_starts = nullptr;
+    const qxRuleAlternative* m_alternatives = nullptr;
+    const qxRuleBody* m_bodies = nullptr;
+    const qxRuleEntrance* m_entrances = nullptr;
 
-    std::vector<Frame> m_frames;
+    qxRuleStack<Frame> m_frames;
     std::vector<Activation> m_activations; // one a rule
     unsigned int m_depth = 0;              // of rules
     unsigned int m_runs = 0;               // that are under way, one inside the other

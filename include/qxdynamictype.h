@@ -171,6 +171,13 @@ public:
         asString(Index index, bool isQuoted = false, bool hasBrackets = true, const qxString& separator = ",")
     const { return itemAsString(static_cast<qxUInt64>(index), isQuoted, hasBrackets, separator); }
 
+    /// The value of a text in the form that asString writes, with `isQuoted`, of numbers, texts, GUIDs and arrays, and
+    /// of the words yes, no, true and false; qxDynamicTypeArgumentParser tells the form. An empty text is "void". Without
+    /// `hasBrackets` the text is a list, whose values become an array. `ok` tells whether all of the text is a value;
+    /// else the result is an "error" that says what is wrong. Defined above, with the parser.
+    static qxDynamicType fromString(const qxString& text, const qxString& separator = ",", bool* ok = nullptr,
+                                    bool hasBrackets = true);
+
     // As JSON: "void" is null, numbers, texts and arrays are what they are, containers are objects
 
     /// Vectors become arrays, GUIDs texts, chains arrays, errors {"error":TEXT}, values with a time

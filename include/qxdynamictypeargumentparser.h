@@ -17,7 +17,7 @@
 /// |---|---|
 /// | `1.5`, `-3e8` | "num" |
 /// | `4294967296` | "llnum": whole numbers beyond 32 bits |
-/// | `"it's"`, `'say "no"'` | "str", without the quotes; there are no escapes |
+/// | `"it's"`, `'say "no"'` | "str", without the quotes |
 /// | `yes`, `True` | "num", 1 for yes and true, 0 for no and false |
 /// | `{01234567-89ab-cdef-0123-456789abcdef}` | "guid" |
 /// | `[1, [2, 3], []]` | "array" |
@@ -26,8 +26,9 @@
 class QX_API qxDynamicTypeArgumentParser : public qxBasicParser
 {
 public:
-    /// The values stand between `separator`, which is not empty.
-    explicit qxDynamicTypeArgumentParser(const qxString& separator = ",");
+    /// The values have `separator`, which is not empty, between them. With `hasEscapes` a backslash and its double, and
+    /// \xHH for a byte, are read in quotes as qxDynamicType::asString writes them; else backslashes are like all others.
+    explicit qxDynamicTypeArgumentParser(const qxString& separator = ",", bool hasEscapes = false);
     ~qxDynamicTypeArgumentParser() noexcept(false) override;
 
     /// The values of `length` bytes of UTF-8. Where they end before the text does the error "Not All arguments were
@@ -55,4 +56,5 @@ private:
     qxArray<qxDynamicType> takeValues(unsigned int before);
 
     const std::unique_ptr<Values> m_values;
+    const bool m_hasEscapes;
 };

@@ -49,6 +49,27 @@ TEST(qxDynamicTypeArgumentParser, takesAnySeparator)
     EXPECT_FALSE(parser.hasError());
 }
 
+TEST(qxDynamicType, comesBackFromItsText)
+{
+    const qxDynamicType inner[] = {0.1, "a\"b\\x41\n"};
+    const qxDynamicType items[] = {qxDynamicTypeInt64(1LL << 60), qxDynamicTypeArray(inner, 2),
+                                   qxGUID(1, 2, 3, 4)};
+    const qxDynamicType values[] = {qxDynamicType(), -1.5e300, "it's", qxDynamicTypeArray(items, 3),
+                                    qxDynamicTypeArray(items, 0)};
+    for (const qxDynamicType& value : values) {
+        SCOPED_TRACE(value.asString(true).getString());
+        bool ok = false;
+        EXPECT_TRUE(qxDynamicType::fromString(value.asString(true), ",", &ok) == value);
+        EXPECT_TRUE(ok);
+    }
+    EXPECT_STREQ(qxDynamicType::fromString("1; [2;yes]", ";", nullptr, false).asString(), "[1,[2,1]]");
+
+    bool ok = true;
+    const qxDynamicTypeError fault(qxDynamicType::fromString("1,2", ",", &ok));
+    EXPECT_FALSE(ok);
+    EXPECT_STREQ(fault.getError(), "Not All arguments were parsed");
+}
+
 TEST(qxRegKeyExpandParser, putsValuesInPlaceOfKeys)
 {
     class Parser : public qxRegKeyExpandParser

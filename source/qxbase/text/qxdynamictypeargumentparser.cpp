@@ -2,6 +2,7 @@
 
 #include "qxdynamictypeargumentparser.h"
 
+#include "core/qxascii.h"
 #include "qxdynamictypes.h"
 #include "qxserializeadaptermemory.h"
 #include "text/qxnumberscanner.h"
@@ -24,6 +25,25 @@ constexpr char RULES[] = "array ::= '[' fArrayBegin arg_list? SP* ']' fArrayEnd 
                          "argument ::= number | string | boolean | array | guid ;\n"
                          "arg_list ::= SP* argument SP* (separator arg_list)? ;\n"
                          "main ::= arg_list | SP* ;\n";
+
+/// The bytes of a text in which a backslash is doubled and others may be \xHH.
+std::string readEscapes(std::string_view text)
+{
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::string_view rest = text.substr(i);
+        if (rest.starts_with("\\\\")) {
+            ++i;
+        } else if (rest.starts_with("\\x") && rest.size() > 3 && qxHexValue(rest[2]) >= 0 &&
+                   qxHexValue(rest[3]) >= 0) {
+            bytes += static_cast<char>(qxHexValue(rest[2]) * 16 + qxHexValue(rest[3]));
+            i += 3;
+            continue;
+        }
+        bytes += text[i];
+    }
+    return bytes;
+}
 
 /// A literal of rules.
 std::string quote(const qxString& text)
@@ -74,8 +94,8 @@ struct qxDynamicTypeArgumentParser::Values {
     }
 };
 
-qxDynamicTypeArgumentParser::qxDynamicTypeArgumentParser(const qxString& separator)
-    : m_values(std::make_unique<Values>())
+qxDynamicTypeArgumentParser::qxDynamicTypeArgumentParser(const qxString& separator, bool hasEscapes)
+    : m_values(std::make_unique<Values>()), m_hasEscapes(hasEscapes)
 {
     useUtf8(1);
     rules().setProgram(Values::programFor(separator));
@@ -126,7 +146,9 @@ qxParseResult qxDynamicTypeArgumentParser::fString()
 {
     qxString text;
     if (!takeMarkedText(text)) return QX_PARSE_ERROR;
-    m_values->chain.push({qxDynamicType(text(1, text.length() - 2U)), false});
+    const std::string_view inside(text.getString() + 1, text.length() - 2U);
+    const std::string bytes = m_hasEscapes ? readEscapes(inside) : std::string(inside);
+    m_values->chain.push({qxDynamicType(qxString(bytes.data(), bytes.size())), false});
     return QX_PARSE_OK;
 }
 

@@ -180,7 +180,7 @@ struct SpiritFTP : qi::grammar<Place> {
         auth = "AUTH" >> +qi::lit(' ') >> qi::raw[qi::lit("TLS") | "SSL"][add] >> skipped;
         syst = qi::raw[qi::lit("SYST")][count] >> skipped;
         ftp = user | passwd | quit | auth | syst | skipped;
-        line = qi::raw[qi::eps][count] >> ftp >> qi::raw[qi::eps][count] >> "\r\n";
+        line = &qi::char_ >> qi::raw[qi::eps][count] >> ftp >> qi::raw[qi::eps][count] >> "\r\n";
         lines = +line;
     }
     std::uint64_t total = 0;

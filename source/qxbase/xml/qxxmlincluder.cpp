@@ -3,16 +3,17 @@
 #include "xml/qxxmlincluder.h"
 
 #include "qxmessage.h"
+#include "qxregkeyexpandparser.h"
 #include "qxserializeadapter.h"
 #include "qxxmldom.h"
 
-#include "core/qxuserkey.h"
 #include "serialize/qxcuttext.h"
 #include "xml/qxxmlchars.h"
 #include "xml/qxxmlincludes.h"
 #include "xml/qxxmltreebuilder.h"
 
 #include <string>
+#include <string_view>
 
 namespace
 {
@@ -27,23 +28,6 @@ void warn(const char* format, const Arguments&... arguments)
 
 } // namespace
 
-qxString qxXmlExpandKeys(std::string_view text)
-{
-    std::string expanded;
-    while (!text.empty()) {
-        const std::size_t start = text.find("$(");
-        const std::size_t end = start == std::string_view::npos ? start : text.find(')', start);
-        if (end == std::string_view::npos) break;
-        expanded += text.substr(0, start);
-        const qxString value = qxGetUserKey(std::string(text.substr(start + 2, end - start - 2)).c_str());
-        expanded.append(value.getString(), value.length());
-        if (expanded.size() > qxString::MAX_LENGTH) return qxString(); // no URL is that long
-        text.remove_prefix(end + 1);
-    }
-    expanded += text;
-    return expanded.size() > qxString::MAX_LENGTH ? qxString() : qxString(expanded.data(), expanded.size());
-}
-
 qxXmlIncluder::qxXmlIncluder(qxSerializeAdapter* adapter)
 {
     if (!adapter || !adapter->hasName()) return;
@@ -56,7 +40,8 @@ bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned i
 {
     // Kept, since the reader's own string changes while the other document is read.
     const std::string written(data.getString(), data.length());
-    const qxString url = qxXmlExpandKeys(qxStripXmlSpace(written));
+    const std::string_view stripped = qxStripXmlSpace(written);
+    const qxString url = qxRegKeyExpandParser().parse(qxString(stripped.data(), stripped.size()));
     qxSerializeAdapter* const reading = document.getAdapter();
     const qxString base = reading ? reading->getURLBase() : qxString();
     const qxString resolved = qxSerializeAdapter::resolveURL(url, base);

@@ -5,14 +5,10 @@
 
 #include "qxstring.h"
 
-#include <string_view>
 #include <vector>
 
 class qxSerializeAdapter;
 class qxXmlDom;
-
-/// `text` with each $(key) replaced by the value of the user key; a "$(" that is not closed stays.
-qxString qxXmlExpandKeys(std::string_view text);
 
 /// What the reading of one document and of all that it includes has in common.
 ///

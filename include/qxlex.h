@@ -162,7 +162,7 @@ public:
     void qPushBack(unsigned int character);
 
 private:
-    friend qxArray<qxLexTokenData> getLexTokenDataArray(const qxString& text, unsigned int flags);
+    friend QX_API qxArray<qxLexTokenData> getLexTokenDataArray(const qxString& text, unsigned int flags);
 
     std::unique_ptr<qxLexState> m_state;
     qxLexDataType m_type = QX_LEX_NONE; // of the token that was read last

@@ -251,6 +251,12 @@ public:
 
     // Why a run did not match
 
+    /// Where in the text of the rule set, from 1, the last run met its error; false when it met none there.
+    bool getErrorRulePlace(unsigned int& line, unsigned int& column) const;
+
+    /// What looks wrong in the rules; see qxRuleSet::check. Known are the functions that are registered.
+    qxArray<qxRuleFinding> checkRules() const;
+
     /// The farthest position where something was tried that did not match, of the last run.
     qxUInt64 getFarthestPosition() const;
 

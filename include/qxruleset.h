@@ -41,6 +41,9 @@ public:
     static qxRefPointer<qxRuleSet> load(const qxString& text, unsigned int* malformedRule = nullptr,
                                         qxString* malformedText = nullptr);
 
+    /// The same; without one `fault` receives where the rule begins that is none, its number and a text.
+    static qxRefPointer<qxRuleSet> load(const char* text, std::size_t length, qxRuleFinding& fault);
+
     ~qxRuleSet() noexcept(false) override;
     qxRuleSet(const qxRuleSet&) = delete;
     qxRuleSet& operator=(const qxRuleSet&) = delete;

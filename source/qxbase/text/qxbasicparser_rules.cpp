@@ -4,6 +4,7 @@
 
 #include "qxmessage.h"
 #include "qxserializeadaptermemory.h"
+#include "text/qxrulecheck.h"
 #include "text/qxrulerun.h"
 #include "text/qxtokenwindow.h"
 
@@ -105,6 +106,23 @@ void qxBasicParser::setMaxDepth(unsigned int count)
 bool qxBasicParser::hasReachedLimit() const
 {
     return m_rules && m_rules->hasReachedLimit();
+}
+
+bool qxBasicParser::getErrorRulePlace(unsigned int& line, unsigned int& column) const
+{
+    if (!m_rules || m_rules->getErrorPlace() == qxRuleNode::NONE) return false;
+    const qxRuleCode& code = *m_rules->getCode();
+    const qxRulePlace place =
+        code.placeOf(0, m_rules->getErrorPlace(), static_cast<unsigned int>(code.text.size()));
+    line = place.line;
+    column = place.column;
+    return true;
+}
+
+qxArray<qxRuleFinding> qxBasicParser::checkRules() const
+{
+    const qxRefPointer<qxRuleSet> rules = getRules();
+    return rules ? qxCheckRules(rules->getCode(), m_rules->getFunctions()) : qxArray<qxRuleFinding>();
 }
 
 qxUInt64 qxBasicParser::getFarthestPosition() const

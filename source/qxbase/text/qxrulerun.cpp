@@ -43,6 +43,7 @@ void qxRuleRun::reset()
     m_marks.clear();
     m_farthest = 0;
     m_expectedCount = 0;
+    m_errorPlace = NONE;
     m_hasReachedLimit = false;
 }
 

@@ -56,6 +56,10 @@ public:
     bool hasReachedLimit() const { return m_hasReachedLimit; }
     qxUInt64 getFarthestPosition() const { return m_farthest; }
     qxString getExpected() const;
+
+    /// The place in the text of the rules where the run met its error; NONE when it met none there.
+    unsigned int getErrorPlace() const { return m_errorPlace; }
+    const qxRuleCode* getCode() const { return m_code; }
     void useTrace(bool on) { m_isTracing = on; }
 
 private:
@@ -224,6 +228,7 @@ private:
     bool m_hasReachedLimit = false;
     bool m_isTracing = false;
 
+    unsigned int m_errorPlace = NONE; // the innermost, in the text of the rules
     qxUInt64 m_farthest = 0;
     unsigned int m_expected[MOST_EXPECTED] = {}; // nodes
     unsigned int m_expectedCount = 0;

@@ -100,6 +100,7 @@ unsigned int qxRuleRun::firstOf(unsigned int alternative) const
 qxRuleRun::Outcome qxRuleRun::raise(const char* format, unsigned int rule, unsigned int place)
 {
     const qxRulePlace found = m_code->placeIn(m_code->rules[rule], place);
+    m_errorPlace = place;
     m_parser.setErrorText(qxString::str(format, qxPieceOf(ruleName(rule), LONGEST_NAME), found.line,
                                         found.column, qxPieceOf(found.rest, LONGEST_REST)));
     return ERROR;
@@ -130,6 +131,7 @@ void qxRuleRun::unwind(std::size_t base)
 /// A function or rule that was called at `node` returned an error: says where. `frames` are those around the call.
 void qxRuleRun::wrapError(std::size_t frames, unsigned int node)
 {
+    if (m_errorPlace == NONE) m_errorPlace = nodeAt(node).begin;
     const qxString inner = m_parser.getErrorText();
     if (m_hasReachedLimit || inner.length() > LONGEST_ERROR) return;
     while (frames > 0 && m_frames[frames - 1].kind != Frame::BODY) --frames;

@@ -32,6 +32,20 @@ qxRefPointer<qxRuleSet> qxRuleSet::load(const char* text, std::size_t length, un
     return nullptr;
 }
 
+qxRefPointer<qxRuleSet> qxRuleSet::load(const char* text, std::size_t length, qxRuleFinding& fault)
+{
+    auto code = std::make_unique<qxRuleCode>();
+    qxRuleSetFault found;
+    fault = {1, 1, "1", "The rule set is too long", true};
+    if (length >= std::numeric_limits<unsigned int>::max()) return nullptr;
+    code->text.assign(text, length);
+    if (qxCompileRules(*code, found)) return new qxRuleSet(std::move(code));
+    const qxRulePlace place = code->placeOf(0, found.place, static_cast<unsigned int>(length));
+    fault = {place.line, place.column, qxString::str("%d", found.rule),
+             qxString::str("Malformed rule in parser -> '%s'", qxPieceOf(place.rest, LONGEST_SHOWN)), true};
+    return nullptr;
+}
+
 qxRefPointer<qxRuleSet> qxRuleSet::load(const qxString& text, unsigned int* malformedRule,
                                         qxString* malformedText)
 {

@@ -2,7 +2,7 @@
 
 #include "qxruleset.h"
 
-#include "text/qxruleprogram.h"
+#include "text/qxrulecheck.h"
 #include "text/qxtextpiece.h"
 
 #include <algorithm>
@@ -212,27 +212,32 @@ private:
 
 } // namespace
 
-qxArray<qxRuleFinding> qxRuleSet::check(const qxArray<qxString>& functions) const
+qxArray<qxRuleFinding> qxCheckRules(const qxRuleCode& code, const qxParserFunctions& functions)
 {
-    qxParserFunctions known;
-    for (const qxString& name : functions) known[std::string(name.getString(), name.length())] = nullptr;
-    const qxRuleProgram program(*m_code, known);
-    const std::vector<Found> found = Checker(*m_code, program).check();
+    const qxRuleProgram program(code, functions);
+    const std::vector<Found> found = Checker(code, program).check();
     qxArray<qxRuleFinding> findings(found.size());
-    const auto end = static_cast<unsigned int>(m_code->text.size());
+    const auto end = static_cast<unsigned int>(code.text.size());
     unsigned int counted = 0; // the text before this place, which begins a line, has `line - 1` line feeds
     unsigned int line = 1;
     for (std::size_t i = 0; i < found.size(); ++i) {
-        const qxRulePlace place = m_code->placeOf(counted, found[i].place, end);
+        const qxRulePlace place = code.placeOf(counted, found[i].place, end);
         findings[i].line = line + place.line - 1;
         findings[i].column = place.column;
-        findings[i].rule = qxPieceOf(m_code->names[m_code->rules[found[i].rule].name], LONGEST_NAME);
+        findings[i].rule = qxPieceOf(code.names[code.rules[found[i].rule].name], LONGEST_NAME);
         findings[i].text = found[i].text;
         findings[i].isFault = found[i].isFault;
-        const std::size_t lineFeed = std::string_view(m_code->text).substr(0, found[i].place).rfind('\n');
+        const std::size_t lineFeed = std::string_view(code.text).substr(0, found[i].place).rfind('\n');
         if (lineFeed == std::string_view::npos || lineFeed < counted) continue;
         counted = static_cast<unsigned int>(lineFeed) + 1;
         line = findings[i].line;
     }
     return findings;
+}
+
+qxArray<qxRuleFinding> qxRuleSet::check(const qxArray<qxString>& functions) const
+{
+    qxParserFunctions known;
+    for (const qxString& name : functions) known[std::string(name.getString(), name.length())] = nullptr;
+    return qxCheckRules(*m_code, known);
 }

@@ -17,7 +17,7 @@ namespace
 const char HELP[] = R"(usage: qx COMMAND …
 
 Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and shows values; takes
-texts apart.
+texts apart and matches them by rules and patterns.
 Data goes to standard output, everything else to standard error.
 FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.
 
@@ -42,6 +42,10 @@ FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--
   qx lex FILE [--strings] [--comments] [--slash] [--hash] [--set] [--escape] [--hex] [--decimal C]
      [--tokens-only] [--bytes]           prints the tokens that a text is made of
   qx args [--prefix P] -- TEXT           prints how a command line is split
+  qx parse RULES [INPUT] [--start NAME] [--fifo] [--trace] [--check] [--steps N]
+                                         matches a text by the rules of a file, or with -e TEXT of TEXT
+  qx scan PATTERN [FILE] [--decimal C] [--header A,B…] [--json] [-v]
+                                         takes each line apart by a pattern: "%i = %n"
   qx demo                                shows some of these at work
   qx --version
   qx --help
@@ -61,7 +65,8 @@ const Command COMMANDS[] = {
     {"xml", "get", runXmlGet},     {"xml", "set", runXmlSet},       {"xml", "format", runXmlFormat},
     {"id", "new", runIdNew},       {"id", "show", runIdShow},       {nullptr, "time", runTime},
     {"bin", "pack", runBinPack},   {"bin", "dump", runBinDump},     {nullptr, "lex", runLex},
-    {nullptr, "args", runArgs},    {nullptr, "demo", runDemo},
+    {nullptr, "args", runArgs},    {nullptr, "parse", runParse},    {nullptr, "scan", runScan},
+    {nullptr, "demo", runDemo},
 };
 
 qxStatus dispatch(qxReport& report, const std::vector<std::string>& words)

@@ -25,6 +25,8 @@ qxStatus runBinPack(qxReport& report, const std::vector<std::string>& words);
 qxStatus runBinDump(qxReport& report, const std::vector<std::string>& words);
 qxStatus runLex(qxReport& report, const std::vector<std::string>& words);
 qxStatus runArgs(qxReport& report, const std::vector<std::string>& words);
+qxStatus runParse(qxReport& report, const std::vector<std::string>& words);
+qxStatus runScan(qxReport& report, const std::vector<std::string>& words);
 qxStatus runDemo(qxReport& report, const std::vector<std::string>& words);
 
 /// Runs the command line `words` (without the program's name) and shows its errors.

@@ -49,6 +49,21 @@ void show(qxReport& report, const std::vector<std::string>& words)
     writeOutput("\n");
 }
 
+// Rules are shown where the folder of the documents has one of rules beside it, as examples/data has.
+void showRules(qxReport& report, const std::string& data)
+{
+    const std::string rules = (std::filesystem::path(data) / "../rules").lexically_normal().generic_string();
+    const std::string log = rules + "/access.log";
+    if (!std::filesystem::exists(log)) {
+        report.printNote("No sample rules in '" + rules + "'");
+        return;
+    }
+    show(report, {"parse", rules + "/accesslog.rules", log});
+    show(report, {"parse", "--check", rules + "/accesslog.rules"});
+    show(report, {"scan", "%'^ '%+%@ %'^ '%+%@ %'^ '%+%@ [%'^#x5D'%+%@] %e", log, "--header",
+                  "host,ident,user,time,request"});
+}
+
 } // namespace
 
 qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
@@ -75,5 +90,6 @@ qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
         show(report, {"xml", "check", large});
         break;
     }
+    showRules(report, data);
     return qxStatus::DONE;
 }

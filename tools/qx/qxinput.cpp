@@ -96,3 +96,25 @@ void checkInput(const qxInput& input)
 {
     if (input.adapter->hasError()) throw qxFileError(input.adapter->getError().getString());
 }
+
+bool readBlock(const qxInput& input, std::string& block)
+{
+    block.resize(65536);
+    unsigned int count = 0;
+    if (input.adapter->hasData()) {
+        const qxUInt64 there = std::clamp<qxUInt64>(input.adapter->length(), 1, block.size());
+        count = input.adapter->read(reinterpret_cast<unsigned char*>(block.data()),
+                                    static_cast<unsigned int>(there));
+    }
+    checkInput(input);
+    block.resize(count);
+    return count > 0;
+}
+
+std::string readAll(const std::string& name)
+{
+    const qxInput input = openInput(name);
+    std::string bytes;
+    for (std::string block; readBlock(input, block);) bytes += block;
+    return bytes;
+}

@@ -23,3 +23,9 @@ qxInput openInput(const std::string& name);
 
 /// Raises qxFileError when reading `input` failed on the way.
 void checkInput(const qxInput& input);
+
+/// The next bytes of `input`, a block at most; false at its end. Raises qxFileError when reading fails.
+bool readBlock(const qxInput& input, std::string& block);
+
+/// All bytes of the file `name`, or of standard input for "-"; raises qxFileError when that fails.
+std::string readAll(const std::string& name);

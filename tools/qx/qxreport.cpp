@@ -138,14 +138,30 @@ void qxReport::printNote(const std::string& text)
     print(QX_LEVEL_NOTICE, text);
 }
 
+void qxReport::printErrorAt(const std::string& file, unsigned int line, unsigned int column,
+                            const std::string& text)
+{
+    printPlace(file, line, column, colored(BOLD_RED, "error: ") + text);
+}
+
+void qxReport::printNoteAt(const std::string& file, unsigned int line, unsigned int column,
+                           const std::string& text)
+{
+    printPlace(file, line, column, text);
+}
+
 void qxReport::printParseError(const std::string& file, const qxXmlSax& parser)
 {
-    std::string lines = file + ":" + std::to_string(parser.getErrorLine()) + ":" +
-                        std::to_string(parser.getErrorColumn()) + ": " + colored(BOLD_RED, "error: ") +
-                        textOf(parser) + "\n";
-    const std::string source = m_hasTerminal ? lineOf(file, parser.getErrorLine()) : std::string();
+    printErrorAt(file, parser.getErrorLine(), parser.getErrorColumn(), textOf(parser));
+}
+
+void qxReport::printPlace(const std::string& file, unsigned int line, unsigned int column,
+                          const std::string& text)
+{
+    std::string lines = file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + text + "\n";
+    const std::string source = m_hasTerminal ? lineOf(file, line) : std::string();
     if (!source.empty()) {
-        const std::size_t place = offsetOf(source, parser.getErrorColumn());
+        const std::size_t place = offsetOf(source, column);
         std::size_t begin = place > CONTEXT ? place - CONTEXT : 0;
         while (begin < place && isContinuation(source[begin])) ++begin;
         std::size_t end = std::min(source.size(), place + CONTEXT);

@@ -28,6 +28,14 @@ public:
     /// A line "qx: TEXT", for an answer that is no error.
     void printNote(const std::string& text);
 
+    /// A line "FILE:LINE:COL: error: TEXT", and on a terminal the line of the file with a caret below it.
+    void printErrorAt(const std::string& file, unsigned int line, unsigned int column,
+                      const std::string& text);
+
+    /// The same without "error: ".
+    void printNoteAt(const std::string& file, unsigned int line, unsigned int column,
+                     const std::string& text);
+
     /// A line "FILE:LINE:COL: error: TEXT" for the error of `parser`, and on a terminal the line of the document
     /// with a caret below it.
     void printParseError(const std::string& file, const qxXmlSax& parser);
@@ -45,6 +53,7 @@ private:
     };
 
     void print(qxMessageLevel level, const std::string& text);
+    void printPlace(const std::string& file, unsigned int line, unsigned int column, const std::string& text);
     std::string colored(const char* code, const std::string& text) const;
 
     bool m_hasTerminal;

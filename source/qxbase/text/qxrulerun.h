@@ -164,6 +164,7 @@ private:
     Outcome matchSet(const qxCharSet& set);
     Outcome matchSets(const qxCharSet& set, const qxRuleNode& node);
     unsigned int scanSet(const qxCharSet& set, unsigned int most);
+    Outcome giveUp(const qxRuleNode& node, qxUInt64 start);
     Outcome matchLiteral(const std::u16string& literal);
     Outcome matchLiteralSlowly(const std::u16string& literal);
     Outcome matchExclusion(const qxRuleNode& node);

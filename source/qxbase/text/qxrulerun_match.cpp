@@ -101,7 +101,13 @@ qxRuleRun::Outcome qxRuleRun::matchSets(const qxCharSet& set, const qxRuleNode& 
     const qxUInt64 start = position();
     const unsigned int count = scanSet(set, node.max);
     spendSteps((position() - start) / TOKENS_A_STEP);
-    if (count >= node.min) return OK;
+    return count >= node.min ? OK : giveUp(node, start);
+}
+
+/// Too few were found: the one that is missing was expected where the last one ended.
+qxRuleRun::Outcome qxRuleRun::giveUp(const qxRuleNode& node, qxUInt64 start)
+{
+    noteFailure(static_cast<unsigned int>(&node - m_code->nodes.data()));
     return position() == start || rewind(start) ? NO_MATCH : ERROR;
 }
 
@@ -152,8 +158,7 @@ qxRuleRun::Outcome qxRuleRun::matchRepeated(const qxRuleNode& node)
         count = std::max(count, node.min); // nothing was taken, and so it would go on
         break;
     }
-    if (count >= node.min) return OK;
-    return position() == start || rewind(start) ? NO_MATCH : ERROR;
+    return count >= node.min ? OK : giveUp(node, start);
 }
 
 qxRuleRun::Outcome qxRuleRun::matchBuiltin(qxParserFunction function)

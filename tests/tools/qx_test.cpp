@@ -204,6 +204,8 @@ TEST_F(Tool, showsVersionHelpAndDemonstration)
     EXPECT_EQ(answer("--help").find("usage: qx COMMAND"), 0U);
     EXPECT_EQ(run("demo"), 0) << err;
     EXPECT_NE(out.find("$ qx xml get "), std::string::npos);
+    EXPECT_NE(out.find("call: fRequest \"GET /style.css HTTP/1.1\"\ncall: fStatus \"304\"\n"),
+              std::string::npos);
     EXPECT_TRUE(hasError("broken.xml:4:51: error: Expected end tag 'note' but got 'body'")) << err;
 }
 

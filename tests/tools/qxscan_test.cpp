@@ -69,7 +69,7 @@ TEST_F(ScanTool, takesLinesOfAnyLength)
     const std::string line(3000000, 'y');
     expectAnswers(field + " 1\n" + line + "\n" + field + "x 2\n3 4",
                   "scan '%i %l' => " + field +
-                      "\t1\nqx: warning: Error:Parse Error:'Too many characters in qxString' "
+                      "\t1\nqx: warning: Error:Parse Error:'Too Large Pushback in basic parser' "
                       "in rule 'main' at (Line:1,Col:11) -> fPush  ' '  $ fInt fPush \n"
                       "qx: warning: Error:Parse Error:'Too many characters in qxString' in rule 'main' at "
                       "(Line:1,Col:11) -> fPush  ' '  $ fInt fPush \nqx: lines that do not match: 3\n");

@@ -32,16 +32,18 @@ TEST(qxRules, matchSets)
 
 TEST(qxRules, repeat)
 {
-    expectRows(RuleRows(), "'a'? 'b' ~ b => OK |", "'a'* ~ aaab => OK |b", "'a'* ~  => OK |",
-               "'a'+ ~ b => No Match |b", "'a'+ ~ aab => OK |b", "[^]* 'x' ~ abx => No Match |abx",
-               "(X)8 '-' ~ 0123abcD- => OK |", "(X)8 ~ 0123abc- => No Match |0123abc-",
-               "X 8 ~ 01234567 => OK |", "('ab')2 ~ abab => OK |", "('ab')2 ~ aba => No Match |aba",
-               "('a' 'b'){1,2} ~ ababab => OK |ab", "'a'{2,3} ~ a => No Match |a",
-               "'a'{ 2 , 3 } ~ aaaa => OK |a", "'a'0 'b' ~ b => OK |", "'a'{0,2} ~  => OK |",
-               "'a'1 ~ ab => OK |b", "('')2 ~  => No Match |", "('')2 ~ x => OK |x", "('a'?)* ~ aab => OK |b",
-               "('a'*)+ 'b' ~ aab => OK |", "('a' | '')+ 'b' ~ ab => OK |", "('a'|'b')* 'c' ~ abbac => OK |",
-               "('a' 'b')* ~ aba => OK |a", "'a' * ~ aa => OK |", "('a'*)4294967295 'b' ~ ab => OK |",
-               "($ 'a' fPush){0,2} ~ aaa => OK [a] [a] |a", "(SP* 'a')* ~  a  a  => OK | ");
+    expectRows(RuleRows(), //
+               "'a' ('b' 'c' | $)2 fPush fPush fPush ~ ab => OK [] [] [a] |b", "'a'? 'b' ~ b => OK |",
+               "'a'* ~ aaab => OK |b", "'a'* ~  => OK |", "'a'+ ~ b => No Match |b", "'a'+ ~ aab => OK |b",
+               "[^]* 'x' ~ abx => No Match |abx", "(X)8 '-' ~ 0123abcD- => OK |",
+               "(X)8 ~ 0123abc- => No Match |0123abc-", "X 8 ~ 01234567 => OK |", "('ab')2 ~ abab => OK |",
+               "('ab')2 ~ aba => No Match |aba", "('a' 'b'){1,2} ~ ababab => OK |ab",
+               "'a'{2,3} ~ a => No Match |a", "'a'{ 2 , 3 } ~ aaaa => OK |a", "'a'0 'b' ~ b => OK |",
+               "'a'{0,2} ~  => OK |", "'a'1 ~ ab => OK |b", "('')2 ~  => No Match |", "('')2 ~ x => OK |x",
+               "('a'?)* ~ aab => OK |b", "('a'*)+ 'b' ~ aab => OK |", "('a' | '')+ 'b' ~ ab => OK |",
+               "('a'|'b')* 'c' ~ abbac => OK |", "('a' 'b')* ~ aba => OK |a", "'a' * ~ aa => OK |",
+               "('a'*)4294967295 'b' ~ ab => OK |", "($ 'a' fPush){0,2} ~ aaa => OK [a] [a] |a",
+               "(SP* 'a')* ~  a  a  => OK | ");
 }
 
 TEST(qxRules, takeTheFirstOfTheirAlternativesThatMatches)
@@ -60,6 +62,8 @@ TEST(qxRules, excludeWhatAnotherFactorMatches)
     expectRows(RuleRows(), "( [^] - '$(' )+ ~ a$(b) => OK |$(b)", "[a-z]+ - 'if' ~ iffy => No Match |iffy",
                "[a-z]+ - 'if' ~ whiffy => OK |", "('a' | 'ab') - ('ab') 'b' ~ ac => No Match |ac",
                "(([^] - 'a') - 'b')+ ~ xyb => OK |b", "($ 'a' fPush) - ('a' 'b') ~ ac => OK [a] |c",
+               "($ 'a' fPush $) - (fPush fNo) fPush ~ ab => OK [a] [] |b",
+               "($ 'a' fPush $) - (fPush $ 'a') fPush ~ ab => No Match |ab",
                "($ 'a' fPush) - ('a' 'b') ~ ab => No Match |ab", "'a' - nosuch | 'b' ~ b => OK |");
 }
 

@@ -277,15 +277,21 @@ inline qxRuleRun::Outcome qxRuleRun::deliverToBody(Outcome outcome)
     return OPENED;
 }
 
+/// What the frame on top did counts, unless something that is run now makes it void.
+inline void qxRuleRun::addWinner(Frame& frame)
+{
+    frame.winner = static_cast<unsigned int>(m_winners.size());
+    m_winners.push_back({static_cast<unsigned int>(m_frames.size() - 1),
+                         static_cast<unsigned int>(m_marks.getHeight()), m_calls, false, 0, position(), 0});
+}
+
 /// An alternative matched, the first one; those from `next` on are to be run all the same.
 inline qxRuleRun::Outcome qxRuleRun::endMatch(unsigned int next)
 {
     Frame& frame = m_frames.back();
     if (next != NONE) next = findLaterAlternative(frame, next);
     if (next == NONE) return finishBody(OK);
-    frame.winner = static_cast<unsigned int>(m_winners.size());
-    m_winners.push_back({static_cast<unsigned int>(m_frames.size() - 1),
-                         static_cast<unsigned int>(m_marks.getHeight()), m_calls, false, 0, position(), 0});
+    addWinner(frame);
     frame.alternative = next;
     frame.node = m_alternatives[next].first;
     return rewind(frame.start) ? OPENED : ERROR;
@@ -443,7 +449,9 @@ qxRuleRun::Outcome qxRuleRun::deliverToRepetition(Outcome outcome)
     const bool tookNothing = position() == frame.middle;
     ++frame.count;
     if (frame.count == element.max) return finishRepetition(true);
-    if (tookNothing && (frame.count >= element.min || isPure(element))) return finishRepetition(true);
+    if (tookNothing && frame.count >= element.min) return finishRepetition(true);
+    const bool didNothing = tookNothing && isPure(element) && m_marks.getHeight() == frame.marks;
+    if (didNothing) return finishRepetition(true); // and so it would go on
     if (!m_parser.hasData()) return finishRepetition(frame.count >= element.min);
     frame.middle = position();
     return OPENED;
@@ -460,12 +468,16 @@ qxRuleRun::Outcome qxRuleRun::deliverToExclusion(Outcome outcome)
 {
     Frame& frame = m_frames.back();
     if (!frame.isSecond && outcome == OK) {
-        frame.middle = position();
+        addWinner(frame); // the second one must find everything as the first one did
         frame.isSecond = true;
         return rewind(frame.start) ? OPENED : ERROR;
     }
     const bool isMatch = frame.isSecond && outcome == NO_MATCH;
-    if (!(isMatch ? rewind(frame.middle) : takeBack(frame))) return ERROR;
+    if (frame.isSecond && !isMatch) {
+        dropWinner();
+        frame.winner = NONE;
+    }
+    if (!(isMatch ? bringWinnerBack(frame) : takeBack(frame))) return ERROR;
     popFrame();
     return isMatch ? OK : NO_MATCH;
 }

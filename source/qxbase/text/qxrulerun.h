@@ -82,15 +82,14 @@ private:
         unsigned int count;  // REPETITION: matches; BODY of a rule: calls at its activation around this one
         unsigned int marks;  // height of the queue when it began
         unsigned int calls;  // of functions of the owner when it began
-        unsigned int winner; // BODY: which of the winners is its own, when an alternative matched
+        unsigned int winner; // which of the winners is its own, when an alternative or first factor matched
         qxUInt64 start;      // position in the input
-        qxUInt64
-            middle; // REPETITION: of the last attempt; EXCLUSION: behind the first factor; BODY of a rule: of its
-                    // activation around this one
-        qxUInt64 state; // of the owner, when it began
+        qxUInt64 middle;     // REPETITION: of the last attempt; BODY of a rule: of its
+                             // activation around this one
+        qxUInt64 state;      // of the owner, when it began
     };
 
-    /// An alternative that matched, while later ones are run.
+    /// An alternative that matched, while later ones are run, or a first factor, while the second one is.
     struct Winner {
         unsigned int frame;
         unsigned int marks; // height of the queue behind it
@@ -156,6 +155,7 @@ private:
     qxUInt64 prepareCall();
     void putWinnersAside();
     void dropWinner();
+    void addWinner(Frame& frame);
     bool bringWinnerBack(Frame& frame);
 
     // What needs no frame

@@ -217,20 +217,24 @@ qxArray<qxRuleFinding> qxCheckRules(const qxRuleCode& code, const qxParserFuncti
     const qxRuleProgram program(code, functions);
     const std::vector<Found> found = Checker(code, program).check();
     qxArray<qxRuleFinding> findings(found.size());
-    const auto end = static_cast<unsigned int>(code.text.size());
-    unsigned int counted = 0; // the text before this place, which begins a line, has `line - 1` line feeds
+    const auto isCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+    unsigned int counted = 0; // the place that line and column belong to
     unsigned int line = 1;
+    unsigned int column = 1;
     for (std::size_t i = 0; i < found.size(); ++i) {
-        const qxRulePlace place = code.placeOf(counted, found[i].place, end);
-        findings[i].line = line + place.line - 1;
-        findings[i].column = place.column;
+        std::string_view between = std::string_view(code.text).substr(counted, found[i].place - counted);
+        counted = found[i].place;
+        if (const std::size_t lineFeed = between.rfind('\n'); lineFeed != std::string_view::npos) {
+            line += static_cast<unsigned int>(std::count(between.begin(), between.end(), '\n'));
+            column = 1;
+            between.remove_prefix(lineFeed + 1);
+        }
+        column += static_cast<unsigned int>(std::count_if(between.begin(), between.end(), isCharacter));
+        findings[i].line = line;
+        findings[i].column = column;
         findings[i].rule = qxPieceOf(code.names[code.rules[found[i].rule].name], LONGEST_NAME);
         findings[i].text = found[i].text;
         findings[i].isFault = found[i].isFault;
-        const std::size_t lineFeed = std::string_view(code.text).substr(0, found[i].place).rfind('\n');
-        if (lineFeed == std::string_view::npos || lineFeed < counted) continue;
-        counted = static_cast<unsigned int>(lineFeed) + 1;
-        line = findings[i].line;
     }
     return findings;
 }

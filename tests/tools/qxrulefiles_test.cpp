@@ -65,8 +65,8 @@ TEST_F(RuleFiles, argumentLists)
         "arguments", "main", //
         "1, 'two',yes => [fNumber 1] [fString 'two'] [fBool yes] OK |",
         "[-1.5e3 , [ 2 ]] => [fArrayBegin [] [fNumber -1.5e3] [fArrayBegin [] [fNumber 2] [fArrayEnd ]] "
-                 "[fArrayEnd ]] OK |",
-                 "{00112233-4455-6677-8899-AABBCCDDEEFF} => [fGUID {00112233-4455-6677-8899-AABBCCDDEEFF}] OK |",
+        "[fArrayEnd ]] OK |",
+        "{00112233-4455-6677-8899-AABBCCDDEEFF} => [fGUID {00112233-4455-6677-8899-AABBCCDDEEFF}] OK |",
         "{0011223-4455-6677-8899-AABBCCDDEEFF} => No Match -:1:9:", "1 2 => [fNumber 1] No Match -:1:3:",
         "'open => No Match -:1:6:", " => No Match -:1:1:",
         "[1 => [fArrayBegin [] [fNumber 1] No Match -:1:3:");

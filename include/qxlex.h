@@ -162,7 +162,7 @@ public:
     void qPushBack(unsigned int character);
 
 private:
-    friend QX_API qxArray<qxLexTokenData> getLexTokenDataArray(const qxString& text, unsigned int flags);
+    friend struct qxLexTokenReader;
 
     std::unique_ptr<qxLexState> m_state;
     qxLexDataType m_type = QX_LEX_NONE; // of the token that was read last

@@ -215,12 +215,20 @@ void qxSerializeLex::qPushBack(unsigned int character)
     m_state->queue.insert(m_state->queue.begin(), character);
 }
 
+/// For what reads the tokens of a text, which can tell strings of either kind apart.
+struct qxLexTokenReader {
+    static void useStrings(qxSerializeLex& lexer, bool strings, bool singleStrings)
+    {
+        lexer.m_state->options.strings = strings;
+        lexer.m_state->options.singleStrings = singleStrings;
+    }
+};
+
 qxArray<qxLexTokenData> getLexTokenDataArray(const qxString& text, unsigned int flags)
 {
     qxSerializeLex lexer;
     lexer.useUtf8(1);
-    lexer.m_state->options.strings = (flags & QX_LEX_STRING) != 0;
-    lexer.m_state->options.singleStrings = (flags & QX_LEX_SINGLE_STRING) != 0;
+    qxLexTokenReader::useStrings(lexer, (flags & QX_LEX_STRING) != 0, (flags & QX_LEX_SINGLE_STRING) != 0);
     const unsigned char hasComments = (flags & QX_LEX_COMMENT) != 0;
     lexer.useHashComment(hasComments);
     lexer.useSlashComment(hasComments);

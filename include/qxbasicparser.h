@@ -242,11 +242,12 @@ public:
     void setMaxSteps(qxUInt64 count);
 
     /// How deeply rules and groups may be nested; at first 1,000,000, which is some 100 MB. A run that goes deeper
-    /// ends with the error "Rules nested too deeply in rule '%s' at ...", and a rule that calls itself before it takes
-    /// anything with "Left recursion in rule '%s' at ...".
+    /// ends with the error "Rules nested too deeply in rule '%s' at ...", one that lets more marks than that wait with
+    /// "Too many marks in rule '%s' at ...", and a rule that calls itself before it takes anything with "Left recursion
+    /// in rule '%s' at ...".
     void setMaxDepth(unsigned int count);
 
-    /// True when the last run ended by one of these three errors.
+    /// True when the last run ended by one of these four errors.
     bool hasReachedLimit() const;
 
     // Why a run did not match

@@ -174,6 +174,11 @@ TEST(qxRules, endWhatWouldNotEnd)
     EXPECT_EQ(outcomeOf(parser, std::string(1001, '(')),
               "Rules nested too deeply in rule 'main' at (Line:1,Col:2) -> '(' main ')' | ''");
     EXPECT_TRUE(parser.hasReachedLimit());
+    ASSERT_TRUE(parser.setParserString("main ::= $1001;"));
+    EXPECT_EQ(outcomeOf(parser, "x"), "Too many marks in rule 'main' at (Line:1,Col:2) -> $1001");
+    ASSERT_TRUE(parser.setParserString(
+        "main ::= ($ 'x' take)*; take ::= fPush;")); // those that were taken do not count
+    EXPECT_EQ(parser.parseText(std::string(5000, 'x').c_str()), QX_PARSE_OK);
 
     ASSERT_TRUE(
         parser.setParserString("main ::= a; a ::= 'x' a 'y' | 'x' a 'z' | 'x';")); // twice the work a level

@@ -31,9 +31,8 @@ void qxMarkQueue::undo(std::size_t height, std::vector<Change>& kept)
 void qxMarkQueue::settleSlowly(std::size_t height)
 {
     const std::size_t count = m_changes.size() - height;
-    if (count > FEW) return;
     std::size_t added = 0;
-    for (std::size_t i = height; i < m_changes.size(); ++i)
+    for (std::size_t i = height; i < m_changes.size() && count <= FEW; ++i)
         added += m_changes[i].kind == Change::ADDED ? 1 : 0;
     if (isEmpty() && 2 * added == count) { // it was empty there, too
         undo(height);

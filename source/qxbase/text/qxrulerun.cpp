@@ -165,11 +165,9 @@ inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
         outcome = matchSimple(nodeAt(node));
         break;
     case Operation::MARK:
-        setMark(0);
-        return OK;
+        return evaluateMark(0);
     case Operation::MATCH_MARK:
-        setMark(1); // what stands behind an element that failed is only read past
-        return OK;
+        return evaluateMark(1); // what stands behind an element that failed is only read past
     case Operation::FUNCTION:
         outcome = callOwner(operation.function, operation.function ? "" : m_code->names[operation.index]);
         if (outcome == ERROR) wrapError(m_frames.size(), node);
@@ -207,8 +205,7 @@ qxRuleRun::Outcome qxRuleRun::evaluateOnce(unsigned int node)
     switch (element.kind) {
     case qxRuleNode::MARK:
     case qxRuleNode::MATCH_MARK:
-        setMark(element.kind == qxRuleNode::MARK ? 0 : 1);
-        return OK;
+        return evaluateMark(element.kind == qxRuleNode::MARK ? 0 : 1);
     case qxRuleNode::CALL: {
         const qxRuleTarget& target = m_program->getTarget(element.value);
         if (target.kind == qxRuleTarget::RULE) return enterRule(target.index, node, false);
@@ -230,6 +227,14 @@ qxRuleRun::Outcome qxRuleRun::evaluateOnce(unsigned int node)
     const Outcome outcome = matchOnce(element);
     if (outcome == NO_MATCH) noteFailure(node);
     return outcome;
+}
+
+qxRuleRun::Outcome qxRuleRun::evaluateMark(unsigned char flag)
+{
+    if (m_marks.getCount() >= m_maxDepth)
+        return raiseLimit("Too many marks in rule '%s' at (Line:%d,Col:%d) -> %s");
+    setMark(flag);
+    return OK;
 }
 
 qxRuleRun::Outcome qxRuleRun::evaluateFault(unsigned int node)
@@ -438,7 +443,17 @@ inline qxRuleRun::Outcome qxRuleRun::finishBody(Outcome outcome)
         m_parser.reportProgress();
     }
     popFrame();
+    settleMarks();
     return outcome;
+}
+
+/// Lets the queue forget marks that were set and taken since the place that the frame on top may go back to.
+inline void qxRuleRun::settleMarks()
+{
+    if (m_frames.size() == 0) return m_marks.settle(0);
+    const Frame& top = m_frames.back();
+    const bool isWaiting = top.winner != NONE && !m_winners[top.winner].isAside;
+    m_marks.settle(isWaiting ? m_winners[top.winner].marks : top.marks);
 }
 
 qxRuleRun::Outcome qxRuleRun::deliverToRepetition(Outcome outcome)
@@ -532,7 +547,7 @@ inline qxRuleRun::Outcome qxRuleRun::callOwner(qxParserFunction function, std::s
     else
         result = m_parser.parseFunction(qxPieceOf(name, qxString::MAX_LENGTH));
     if (result == QX_PARSE_OK) {
-        m_marks.settle(m_frames.size() == 0 ? 0 : m_frames.back().marks);
+        settleMarks();
         return OK;
     }
     if (result != QX_PARSE_NO_MATCH) return ERROR;

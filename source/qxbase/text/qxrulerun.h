@@ -122,6 +122,7 @@ private:
     Outcome evaluateFactor(const Frame& frame);
     Outcome evaluateTraced(unsigned int node);
     Outcome evaluateOnce(unsigned int node);
+    Outcome evaluateMark(unsigned char flag);
     Outcome evaluateFault(unsigned int node);
     Outcome deliver(Outcome outcome);
     Outcome deliverToBody(Outcome outcome);
@@ -150,6 +151,7 @@ private:
     bool rewind(qxUInt64 position) { return m_parser.rewindTo(position); }
     bool takeBack(Frame& frame);
     void dropFrames(std::size_t base);
+    void settleMarks();
 
     // What functions can see
     qxUInt64 prepareCall();

@@ -208,8 +208,8 @@ public:
     /// The scheme in lower case, empty for paths; a single letter is a drive, not a scheme.
     static qxString getURLScheme(const qxString& url);
 
-    /// `manager` opens URLs of `scheme` (without ":") from now on. False for "file", "mem", what is no scheme
-    /// and one that has a manager. The four functions may be called from any thread.
+    /// `manager` opens URLs of `scheme` (without ":") from now on. False for what is no scheme, for a
+    /// scheme of the library itself and one that has a manager. The four functions may be called from any thread.
     static bool registerURLManager(const qxString& scheme, qxURLManagerInterface* manager);
 
     /// Takes `manager` out of all schemes.

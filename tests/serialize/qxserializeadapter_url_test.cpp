@@ -255,7 +255,7 @@ TEST(qxSerializeAdapterURL, aManagerIsRegisteredOncePerScheme)
 {
     const qxRefPointer<TestManager> manager(new TestManager);
     const qxRefPointer<TestManager> other(new TestManager);
-    for (const char* const scheme : {"file", "MEM", "", "a", "1ab", "a:b"})
+    for (const char* const scheme : {"file", "MEM", "con", "cache", "", "a", "1ab", "a:b"})
         EXPECT_FALSE(qxSerializeAdapter::registerURLManager(scheme, manager)) << scheme;
     EXPECT_FALSE(qxSerializeAdapter::registerURLManager("first", nullptr));
     EXPECT_TRUE(qxSerializeAdapter::registerURLManager("first", manager));

@@ -91,19 +91,21 @@ TEST_F(qxXmlDomInclude, aCircleLeavesTheInstruction)
 
 TEST_F(qxXmlDomInclude, whatCanNotBeReadLeavesTheInstruction)
 {
-    folder.write("a.xml", "<a><?include b.xml?><?include none.xml?><?include mem:16,16?></a>");
+    folder.write("a.xml",
+                 "<a><?include b.xml?><?include none.xml?><?include mem:16,16?><?include CON:?></a>");
     folder.write("b.xml", "<b><c></b>");
-    EXPECT_EQ(read("a.xml"), "(a(?include b.xml ?include none.xml ?include mem:16,16))");
+    EXPECT_EQ(read("a.xml"), "(a(?include b.xml ?include none.xml ?include mem:16,16 ?include CON:))");
 
     std::vector<std::string> texts = messages.texts();
-    ASSERT_EQ(texts.size(), 4U);
+    ASSERT_EQ(texts.size(), 5U);
     EXPECT_NE(texts[2].find("none.xml"), std::string::npos);
     texts.erase(texts.begin() + 2);
-    EXPECT_EQ(texts,
-              (std::vector<std::string>{
-                  "Expected end tag 'c' but got 'b' at (Line:1,Col:9)",
-                  "Can not include '" + urlOf("b.xml") + "', which is malformed",
-                  "Can not include 'mem:16,16': a document must not look into the memory of its reader"}));
+    EXPECT_EQ(texts, (std::vector<std::string>{"Expected end tag 'c' but got 'b' at (Line:1,Col:9)",
+                                               "Can not include '" + urlOf("b.xml") + "', which is malformed",
+                                               "Can not include 'mem:16,16': a document must not look into "
+                                               "the memory or at the console of its reader",
+                                               "Can not include 'CON:': a document must not look into the "
+                                               "memory or at the console of its reader"}));
 }
 
 TEST_F(qxXmlDomInclude, depthIsBounded)

@@ -3,6 +3,7 @@
 #include "qxserializeadapter.h"
 
 #include "core/qxmessage_translator.h"
+#include "serialize/qxurlschemes.h"
 
 #include <algorithm>
 
@@ -16,8 +17,7 @@ constexpr std::size_t MOST_BYTES = 16 * 1024 * 1024; // what is longer is no lan
 
 bool qxDefaultMessageTranslator::readFile(const qxString& url, std::string& content)
 {
-    // The URL is a setting, and settings do not name addresses in this process.
-    if (qxSerializeAdapter::getURLScheme(url).toLower() == "mem") return false;
+    if (qxIsURLForCallersOnly(url)) return false; // the URL is a setting
     const qxRefPointer<qxSerializeAdapter> adapter = qxSerializeAdapter::getURLAdapter(url);
     if (!adapter) return false;
 

@@ -9,6 +9,7 @@
 #include "qxurlmanager.h"
 #include "serialize/qxcuttext.h"
 #include "serialize/qxurl.h"
+#include "serialize/qxurlschemes.h"
 
 #include <string>
 #include <utility>
@@ -64,6 +65,8 @@ qxRefPointer<qxSerializeAdapter> open(const qxString& url, qxSerializeAction act
         isReported = true;
         return nullptr;
     }
+    if (const qxURLOpener opener = qxFindURLOpener({scheme.getString(), scheme.length()}))
+        return opener(url, action);
     const qxRefPointer<qxURLManagerInterface> manager = qxSerializeAdapter::getURLManager(scheme);
     return manager ? manager->onGetURLAdapter(url, action) : nullptr;
 }
@@ -107,8 +110,8 @@ qxSerializeAdapter::getURLAdapter(const qxString& url, qxSerializeAction action,
 bool qxSerializeAdapter::registerURLManager(const qxString& scheme, qxURLManagerInterface* manager)
 {
     const qxString name = qxString(scheme).toLower();
-    if (!manager || !qxURLIsScheme({name.getString(), name.length()})) return false;
-    if (name == "file" || name == "mem") return false;
+    const std::string_view view(name.getString(), name.length());
+    if (!manager || !qxURLIsScheme(view) || qxIsOwnURLScheme(view)) return false;
 
     Registry& registry = getRegistry();
     const qxProcessGuard guard(registry.lock);

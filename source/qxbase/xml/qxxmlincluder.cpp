@@ -8,6 +8,7 @@
 #include "qxxmldom.h"
 
 #include "serialize/qxcuttext.h"
+#include "serialize/qxurlschemes.h"
 #include "xml/qxxmlchars.h"
 #include "xml/qxxmlincludes.h"
 #include "xml/qxxmltreebuilder.h"
@@ -68,8 +69,9 @@ bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned i
 bool qxXmlIncluder::isAllowed(const qxString& url)
 {
     const qxString shown = qxCutText(url, MAX_SHOWN);
-    if (qxSerializeAdapter::getURLScheme(url) == "mem") {
-        warn("Can not include '%s': a document must not look into the memory of its reader", shown);
+    if (qxIsURLForCallersOnly(url)) {
+        warn("Can not include '%s': a document must not look into the memory or at the console of its reader",
+             shown);
         return false;
     }
     for (const qxString& above : m_chain) {

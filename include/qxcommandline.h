@@ -22,7 +22,7 @@ enum qxArgumentNumber : unsigned int {
 /// What a command may be followed by: further commands, or arguments, and options.
 ///
 /// Names of commands are letters, digits, "-" and "_", and begin with a letter or digit. Summaries are one sentence without
-/// a full stop, for tables.
+/// a full stop, for tables. Of a longer text lines that are too long are wrapped.
 ///
 /// Lifetime: the command line's.
 /// Errors:   a declaration that makes no sense raises qxFatalError.
@@ -32,20 +32,33 @@ public:
     qxCommand(const qxCommand&) = delete;
     qxCommand& operator=(const qxCommand&) = delete;
 
-    /// Declares a command beneath this one and returns it.
+    /// Declares a command beneath this one and returns it. Behind names of commands that are there, as in "book add", it
+    /// stands beneath these.
     qxCommand& addCommand(const qxString& name, const qxString& summary);
+
+    /// The commands declared from here on, and what is beneath them, stand under `heading` in the help.
+    qxCommand& addHeading(const qxString& heading);
 
     /// Declares an option for this command and all beneath it, and returns this command. `names` are "--name", "-n", or
     /// both as "-n, --name". `value` is what messages call its value, or words separated by "|" when it can be only one of
-    /// these; empty: it takes none.
-    qxCommand& addOption(const qxString& names, const qxString& value, const qxString& summary);
+    /// these; empty: it takes none. `standard` is its value where it is not given; empty: it then has none.
+    qxCommand& addOption(const qxString& names, const qxString& value, const qxString& summary,
+                         const qxString& standard = qxString());
 
-    /// Declares the next argument and returns this command. Only the last may be given less or more often than once.
+    /// Declares an option that asks for something of its own, such as "--version": where it is given nothing is missing.
+    /// It is for this command only.
+    qxCommand& addQuestion(const qxString& names, const qxString& value, const qxString& summary);
+
+    /// Declares the next argument and returns this command. Behind one that can be left out all can, and behind one that
+    /// is repeated there is none.
     qxCommand& addArgument(const qxString& name, const qxString& summary,
                            qxArgumentNumber number = QX_ARGUMENT_ONE);
 
     /// Text for the help of this command, behind its summary.
     qxCommand& setDescription(const qxString& description);
+
+    /// Text for the end of its help.
+    qxCommand& setFooter(const qxString& footer);
 
 protected:
     qxCommand(const qxString& name, const qxString& summary);
@@ -60,7 +73,8 @@ private:
 /// Reads a command line by its declaration, and writes help, and completions for the shell, from the same.
 ///
 /// Options stand anywhere behind the command that has them, as `--name value` or `--name=value`; a value may begin with "-".
-/// `--` ends them. Negative numbers, and "-", are arguments. Every command has "-h, --help".
+/// `--` ends them. Negative numbers, and "-", are arguments. Every command has "-h, --help"; "help" in the place of the name of
+/// a command is the same, so "help book add" asks as "book add --help" does.
 ///
 /// Lifetime: owns its declaration and what it read last.
 /// Threads:  one thread at a time.
@@ -76,7 +90,7 @@ public:
     /// missing is no error.
     bool parse(const qxArgumentParser& tokens, unsigned int first = 0);
 
-    /// As above, from what `main` gets, in UTF-8: the first is the program's name.
+    /// As above, from what `main` gets, in UTF-8: the first is the program's name. Those of UTF-8 may be of any length.
     bool parse(int count, const char* const* arguments);
     bool parse(int count, const wchar_t* const* arguments);
 
@@ -90,8 +104,11 @@ public:
     /// `name` is one of the option's names, with its dashes.
     bool hasOption(const qxString& name) const { return getOptionCount(name) > 0; }
 
-    /// The last value of the option, or `whenMissing`.
+    /// The last value of the option; where it was not given its standard, else `whenMissing`.
     qxString getOption(const qxString& name, const qxString& whenMissing = qxString()) const;
+
+    /// The same for values of any length. The text is valid up to the next parse.
+    const char* getOptionText(const qxString& name, const char* whenMissing = "") const;
 
     /// How often it was given, and each of its values.
     unsigned int getOptionCount(const qxString& name) const;
@@ -101,6 +118,9 @@ public:
 
     /// Empty when there is none of this index.
     qxString getArgument(unsigned int index) const;
+
+    /// The same for arguments of any length. The text is valid up to the next parse.
+    const char* getArgumentText(unsigned int index) const;
     bool isHelpAsked() const { return hasOption("--help"); }
 
     // From the declaration

@@ -3,37 +3,12 @@
 #include "qxcommandline.h"
 
 #include "core/qxascii.h"
-#include "qxerror.h"
 #include "text/qxcommandparts.h"
 
 #include <algorithm>
 
 namespace
 {
-
-std::string stringOf(const qxString& text)
-{
-    return {text.getString(), text.length()};
-}
-
-bool isWordCharacter(char c)
-{
-    const char lower = qxToLower(c);
-    return (lower >= 'a' && lower <= 'z') || qxIsDigit(c) || c == '-' || c == '_';
-}
-
-bool isWord(std::string_view text)
-{
-    return !text.empty() && text[0] != '-' && text[0] != '_' &&
-           std::all_of(text.begin(), text.end(), isWordCharacter);
-}
-
-bool isOptionName(std::string_view name)
-{
-    const std::size_t dashes = name.starts_with("--") ? 2 : 1;
-    return name.starts_with("-") && isWord(name.substr(dashes)) && (dashes == 2 || name.size() == 2) &&
-           !qxIsDigit(name[dashes]); // that would be a number
-}
 
 /// Edits that make `left` into `right`: a character less, more, another, or two exchanged; more than `most` count as one
 /// more than that.
@@ -79,106 +54,10 @@ std::string shown(const std::string& word)
 {
     constexpr std::size_t LONGEST = 200;
     qxString text(word.data(), std::min(word.size(), LONGEST));
-    return "'" + stringOf(text.convertCtrlToText()) + (word.size() > LONGEST ? "…'" : "'");
+    return "'" + qxCommandParts::bytesOf(text.convertCtrlToText()) + (word.size() > LONGEST ? "…'" : "'");
 }
 
 } // namespace
-
-std::vector<std::string> qxCommandParts::Option::getChoices() const
-{
-    std::vector<std::string> choices;
-    if (value.find('|') == value.npos) return choices;
-    for (std::size_t begin = 0; begin <= value.size();) {
-        const std::size_t end = std::min(value.find('|', begin), value.size());
-        choices.push_back(value.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return choices;
-}
-
-const qxCommandParts::Option* qxCommandParts::findOption(std::string_view optionName) const
-{
-    for (const Option* const option : getAllOptions())
-        if (option->isNamed(optionName)) return option;
-    return nullptr;
-}
-
-std::vector<const qxCommandParts::Option*> qxCommandParts::getAllOptions() const
-{
-    std::vector<const Option*> all;
-    for (const qxCommandParts* command = this; command; command = command->parent)
-        for (const Option& option : command->options) all.push_back(&option);
-    return all;
-}
-
-const qxCommandParts* qxCommandParts::findCommand(std::string_view word) const
-{
-    for (const auto& command : commands)
-        if (of(*command).name == word) return &of(*command);
-    return nullptr;
-}
-
-std::string qxCommandParts::getPath() const
-{
-    std::string path;
-    for (const qxCommandParts* command = this; command->parent; command = command->parent)
-        path = command->name + (path.empty() ? "" : " ") + path;
-    return path;
-}
-
-qxCommand::qxCommand(const qxString& name, const qxString& summary)
-    : m_parts(std::make_unique<qxCommandParts>())
-{
-    m_parts->name = stringOf(name);
-    m_parts->summary = stringOf(summary);
-    if (!isWord(m_parts->name)) qxExceptionThrows::qxThrowFatal("'%s' is no name of a command", name);
-}
-
-qxCommand::~qxCommand() = default;
-
-qxCommand& qxCommand::addCommand(const qxString& name, const qxString& summary)
-{
-    if (!m_parts->arguments.empty() || m_parts->findCommand(stringOf(name)))
-        qxExceptionThrows::qxThrowFatal("The command '%s' cannot be declared here", name);
-    std::unique_ptr<qxCommand, qxCommandParts::Deleter> command(new qxCommand(name, summary));
-    command->m_parts->parent = m_parts.get();
-    m_parts->commands.push_back(std::move(command));
-    return *m_parts->commands.back();
-}
-
-qxCommand& qxCommand::addOption(const qxString& names, const qxString& value, const qxString& summary)
-{
-    const std::string both = stringOf(names);
-    const std::size_t comma = both.find(", ");
-    qxCommandParts::Option option;
-    for (const std::string& name :
-         {both.substr(0, comma), comma == both.npos ? "" : both.substr(comma + 2)}) {
-        if (name.empty() && comma == both.npos && !both.empty()) continue;
-        std::string& place = name.starts_with("--") ? option.longName : option.shortName;
-        if (!isOptionName(name) || !place.empty() || m_parts->findOption(name))
-            qxExceptionThrows::qxThrowFatal("The option '%s' cannot be declared here", names);
-        place = name;
-    }
-    option.value = stringOf(value);
-    option.summary = stringOf(summary);
-    m_parts->options.push_back(std::move(option));
-    return *this;
-}
-
-qxCommand& qxCommand::addArgument(const qxString& name, const qxString& summary, qxArgumentNumber number)
-{
-    const bool isOpen = !m_parts->arguments.empty() && m_parts->arguments.back().number != QX_ARGUMENT_ONE;
-    if (isOpen || !m_parts->commands.empty() || name.isEmpty())
-        qxExceptionThrows::qxThrowFatal("The argument '%s' cannot be declared here", name);
-    m_parts->arguments.push_back({stringOf(name), stringOf(summary), number});
-    return *this;
-}
-
-qxCommand& qxCommand::setDescription(const qxString& description)
-{
-    m_parts->description = stringOf(description);
-    return *this;
-}
 
 /// What a command line was found to be.
 struct qxCommandLineResult {
@@ -199,13 +78,23 @@ struct qxCommandLineResult {
     bool read(const qxCommandParts& program, const std::vector<Token>& tokens);
     bool readOption(const std::vector<Token>& tokens, std::size_t& index);
     bool readArgument(const std::string& word);
+    bool readCommand(const std::string& word);
     bool checkEnd();
 
     const Given* find(const qxString& name, unsigned int index) const
     {
         for (const Given& one : given)
-            if (one.option->isNamed(stringOf(name)) && index-- == 0) return &one;
+            if (one.option->isNamed(qxCommandParts::bytesOf(name)) && index-- == 0) return &one;
         return nullptr;
+    }
+
+    /// The last value, or the standard; null when there is neither.
+    const std::string* findValue(const qxString& name) const
+    {
+        for (auto one = given.rbegin(); one != given.rend(); ++one)
+            if (one->option->isNamed(qxCommandParts::bytesOf(name))) return &one->value;
+        const qxCommandParts::Option* const option = command->findOption(qxCommandParts::bytesOf(name));
+        return option && !option->standard.empty() ? &option->standard : nullptr;
     }
 
     const qxCommandParts* command = nullptr;
@@ -262,18 +151,7 @@ bool qxCommandLineResult::readOption(const std::vector<Token>& tokens, std::size
 
 bool qxCommandLineResult::readArgument(const std::string& word)
 {
-    if (!command->commands.empty()) {
-        const qxCommandParts* const next = command->findCommand(word);
-        const std::string path = command->getPath();
-        if (!next) {
-            std::vector<std::string> names;
-            for (const auto& one : command->commands) names.push_back(qxCommandParts::of(*one).name);
-            return fail("unknown command " + shown(path.empty() ? word : path + " " + word) +
-                        suggest(word, names));
-        }
-        command = next;
-        return true;
-    }
+    if (!command->commands.empty()) return readCommand(word);
     const std::vector<qxCommandParts::Argument>& declared = command->arguments;
     if (arguments.size() >= declared.size() && (declared.empty() || !declared.back().isRepeated()))
         return fail("argument " + shown(word) + " is one too many");
@@ -281,9 +159,31 @@ bool qxCommandLineResult::readArgument(const std::string& word)
     return true;
 }
 
+bool qxCommandLineResult::readCommand(const std::string& word)
+{
+    if (const qxCommandParts* const next = command->findCommand(word)) {
+        command = next;
+        return true;
+    }
+    if (word == "help") {
+        given.push_back({command->findOption("--help"), ""});
+        return true;
+    }
+    const std::string path = command->getPath();
+    std::vector<std::string> names = {"help"};
+    for (const auto& one : command->commands) names.push_back(qxCommandParts::of(*one).name);
+    std::string hint = suggest(word, names);
+    for (const auto& one : command->commands) { // the name of a group was left out
+        const qxCommandParts* const beneath = qxCommandParts::of(*one).findCommand(word);
+        if (beneath && hint.empty()) hint = "; did you mean '" + beneath->getPath() + "'?";
+    }
+    return fail("unknown command " + shown(path.empty() ? word : path + " " + word) + hint);
+}
+
 bool qxCommandLineResult::checkEnd()
 {
-    if (find("--help", 0)) return true;
+    for (const Given& one : given)
+        if (one.option->isQuestion) return true;
     const std::string path = command->getPath();
     if (!command->commands.empty())
         return fail(path.empty() ? "a command is missing" : "a command is missing behind '" + path + "'");
@@ -296,30 +196,57 @@ bool qxCommandLineResult::checkEnd()
 qxCommandLine::qxCommandLine(const qxString& name, const qxString& summary)
     : qxCommand(name, summary), m_result(std::make_unique<qxCommandLineResult>())
 {
-    addOption("-h, --help", "", "shows this help");
+    qxCommandParts::Option help;
+    help.summary = "shows this help";
+    help.isQuestion = true;
+    m_parts->add(help, "-h, --help");
     m_result->command = m_parts.get();
 }
 
 qxCommandLine::~qxCommandLine() = default;
 
-bool qxCommandLine::parse(const qxArgumentParser& tokens, unsigned int first)
+namespace
 {
-    std::vector<qxCommandLineResult::Token> list;
+
+typedef std::vector<qxCommandLineResult::Token> Tokens;
+
+Tokens tokensOf(const qxArgumentParser& tokens)
+{
+    Tokens list;
     const auto* option = tokens.getOptions().begin();
     const auto* argument = tokens.getArguments().begin();
     for (unsigned int i = 0; i < tokens.getTokenCount(); ++i) {
         const bool isOption = option != tokens.getOptions().end() && option->position == i;
-        const std::string text = isOption ? stringOf(tokens.getOptionPrefix()) + stringOf((option++)->name)
-                                          : stringOf((argument++)->text);
-        if (i >= first) list.push_back({text, isOption});
+        const std::string text = isOption ? qxCommandParts::bytesOf(tokens.getOptionPrefix()) +
+                                                qxCommandParts::bytesOf((option++)->name)
+                                          : qxCommandParts::bytesOf((argument++)->text);
+        list.push_back({text, isOption});
     }
+    return list;
+}
+
+} // namespace
+
+bool qxCommandLine::parse(const qxArgumentParser& tokens, unsigned int first)
+{
+    Tokens list = tokensOf(tokens);
+    list.erase(list.begin(), list.begin() + std::min<std::ptrdiff_t>(first, std::ssize(list)));
     *m_result = {};
     return m_result->read(*m_parts, list);
 }
 
 bool qxCommandLine::parse(int count, const char* const* arguments)
 {
-    return parse(qxArgumentParser(count, arguments, ""), 1);
+    // A token has the length of a string at most: of a longer word its beginning tells what it is.
+    std::vector<std::string> words(arguments + std::min(count, 1), arguments + count);
+    std::vector<std::string> beginnings;
+    std::vector<const char*> heads;
+    for (const std::string& word : words) beginnings.push_back(word.substr(0, qxString::MAX_LENGTH));
+    for (const std::string& beginning : beginnings) heads.push_back(beginning.c_str());
+    Tokens list = tokensOf(qxArgumentParser(static_cast<int>(heads.size()), heads.data(), ""));
+    for (std::size_t i = 0; i < list.size(); ++i) list[i].text = std::move(words[i]);
+    *m_result = {};
+    return m_result->read(*m_parts, list);
 }
 
 bool qxCommandLine::parse(int count, const wchar_t* const* arguments)
@@ -339,15 +266,21 @@ qxString qxCommandLine::getCommand() const
 
 qxString qxCommandLine::getOption(const qxString& name, const qxString& whenMissing) const
 {
-    const unsigned int count = getOptionCount(name);
-    return count == 0 ? whenMissing : getOptionValue(name, count - 1);
+    const std::string* const value = m_result->findValue(name);
+    return value ? qxString(value->data(), value->size()) : whenMissing;
+}
+
+const char* qxCommandLine::getOptionText(const qxString& name, const char* whenMissing) const
+{
+    const std::string* const value = m_result->findValue(name);
+    return value ? value->c_str() : whenMissing;
 }
 
 unsigned int qxCommandLine::getOptionCount(const qxString& name) const
 {
     unsigned int count = 0;
     for (const qxCommandLineResult::Given& one : m_result->given)
-        count += one.option->isNamed(stringOf(name));
+        count += one.option->isNamed(qxCommandParts::bytesOf(name));
     return count;
 }
 
@@ -367,4 +300,9 @@ qxString qxCommandLine::getArgument(unsigned int index) const
     if (index >= m_result->arguments.size()) return {};
     const std::string& argument = m_result->arguments[index];
     return {argument.data(), argument.size()};
+}
+
+const char* qxCommandLine::getArgumentText(unsigned int index) const
+{
+    return index < m_result->arguments.size() ? m_result->arguments[index].c_str() : "";
 }

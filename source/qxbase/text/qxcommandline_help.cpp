@@ -17,23 +17,73 @@ std::size_t widthOf(std::string_view text)
         std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-/// Two columns, of which the right one is wrapped.
+/// Adds the words of `text` to `lines`, whose last is `line`, with those that begin a line at `column`.
+void addWords(std::string& lines, std::string line, std::string_view text, std::size_t column)
+{
+    std::size_t at = widthOf(line);
+    bool isFirst = true;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find(' ', begin), text.size());
+        const std::string_view word = text.substr(begin, end - begin);
+        begin = end + 1;
+        if (!isFirst && at + 1 + widthOf(word) > WIDTH) {
+            lines += line + "\n";
+            line.clear();
+            at = 0;
+        }
+        const std::string gap(at < column ? column - at : at == 0 ? 0 : 1, ' ');
+        line += gap;
+        line += word;
+        at += gap.size() + widthOf(word);
+        isFirst = false;
+    }
+    lines += line + "\n";
+}
+
+/// Behind an empty line, unless there is no text. Lines that fit stay as they are.
+std::string paragraphsOf(const std::string& text)
+{
+    std::string lines = text.empty() ? "" : "\n";
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        const std::string line = text.substr(begin, end - begin);
+        begin = end + 1;
+        if (widthOf(line) <= WIDTH)
+            lines += line + "\n";
+        else
+            addWords(lines, "", line, 0);
+    }
+    return lines;
+}
+
+/// Two columns, of which the right one is wrapped. Lines with a title stand between.
 class Table
 {
 public:
-    void add(const std::string& left, const std::string& right) { m_rows.push_back({left, right}); }
+    void add(const std::string& left, const std::string& right) { m_rows.push_back({left, right, false}); }
 
-    std::string getText(const std::string& title) const
+    /// Unless it is that of the last rows.
+    void addTitle(const std::string& title)
     {
-        if (m_rows.empty()) return {};
-        std::size_t column = 0;
+        if (title == m_title) return;
+        m_title = title;
+        m_rows.push_back({title, "", true});
+    }
+
+    std::string getText() const
+    {
+        std::size_t column = 8;
         for (const Row& row : m_rows) {
-            const std::size_t width = widthOf(row.left);
+            const std::size_t width = row.isTitle ? 0 : widthOf(row.left);
             if (width <= LONGEST_LEFT) column = std::max(column, width + 4);
         }
-        column = std::max<std::size_t>(column, 8);
-        std::string text = "\n" + title + "\n";
-        for (const Row& row : m_rows) addRow(text, row, column);
+        std::string text;
+        for (const Row& row : m_rows) {
+            if (row.isTitle)
+                text += "\n" + row.left + ":\n";
+            else
+                addRow(text, row, column);
+        }
         return text;
     }
 
@@ -41,33 +91,21 @@ private:
     struct Row {
         std::string left;
         std::string right;
+        bool isTitle;
     };
 
     static void addRow(std::string& text, const Row& row, std::size_t column)
     {
         std::string line = "  " + row.left;
-        std::size_t at = widthOf(line);
-        const auto startLine = [&] {
+        if (widthOf(line) + 2 > column && !row.right.empty()) {
             text += line + "\n";
             line.clear();
-            at = 0;
-        };
-        if (at + 2 > column) startLine();
-        bool isFirst = true;
-        for (std::size_t begin = 0; begin < row.right.size();) {
-            const std::size_t end = std::min(row.right.find(' ', begin), row.right.size());
-            const std::string word = row.right.substr(begin, end - begin);
-            begin = end + 1;
-            if (!isFirst && at + 1 + widthOf(word) > WIDTH) startLine();
-            const std::string gap(at < column ? column - at : 1, ' ');
-            line += gap + word;
-            at += gap.size() + widthOf(word);
-            isFirst = false;
         }
-        if (!line.empty()) text += line + "\n";
+        addWords(text, line, row.right, column);
     }
 
     std::vector<Row> m_rows;
+    std::string m_title;
 };
 
 std::string optionText(const qxCommandParts::Option& option)
@@ -83,16 +121,34 @@ std::string argumentText(const qxCommandParts::Argument& argument)
     return argument.isNeeded() ? text : "[" + text + "]";
 }
 
-/// What stands behind the names of a command.
-std::string usageOf(const qxCommandParts& command)
+/// The names of the command and what stands behind them, but for options.
+std::string callOf(const qxCommandParts& command)
 {
-    std::string usage = command.commands.empty() ? "" : " COMMAND …";
-    for (const qxCommandParts::Argument& argument : command.arguments) usage += " " + argumentText(argument);
+    std::string call = command.getPath();
+    if (!command.commands.empty()) call += call.empty() ? "COMMAND …" : " COMMAND …";
+    for (const qxCommandParts::Argument& argument : command.arguments)
+        call += (call.empty() ? "" : " ") + argumentText(argument);
+    return call;
+}
+
+std::string usageOf(const qxCommandParts& command, const std::string& program)
+{
+    constexpr std::size_t INDENT = 7;
+    std::string usage = "usage: " + program;
+    const std::string call = callOf(command);
+    if (!call.empty()) usage += " " + call;
+    std::string lines;
     for (const qxCommandParts::Option& option : command.options) {
         if (option.isNamed("--help")) continue;
-        usage += " [" + option.getName() + (option.value.empty() ? "" : " " + option.value) + "]";
+        const std::string text =
+            "[" + option.getName() + (option.value.empty() ? "" : " " + option.value) + "]";
+        if (widthOf(usage) + 1 + widthOf(text) > WIDTH) {
+            lines += usage + "\n";
+            usage = std::string(INDENT - 1, ' ');
+        }
+        usage += " " + text;
     }
-    return usage;
+    return lines + usage + "\n";
 }
 
 /// Calls `each` with all commands beneath `command`, in their order.
@@ -105,25 +161,52 @@ void forEachCommand(const qxCommandParts& command, const Each& each)
     }
 }
 
+/// The commands beneath `command` that have none beneath them, under their headings.
+std::string commandTable(const qxCommandParts& command)
+{
+    Table table;
+    for (const auto& one : command.commands) {
+        const qxCommandParts& child = qxCommandParts::of(*one);
+        table.addTitle(child.heading.empty() ? "Commands" : child.heading);
+        if (child.commands.empty()) table.add(callOf(child), child.summary);
+        forEachCommand(child, [&](const qxCommandParts& leaf) {
+            if (leaf.commands.empty()) table.add(callOf(leaf), leaf.summary);
+        });
+    }
+    return table.getText();
+}
+
+std::string argumentTable(const qxCommandParts& command)
+{
+    Table table;
+    for (const qxCommandParts::Argument& argument : command.arguments) {
+        table.addTitle("Arguments");
+        table.add(argumentText(argument), argument.summary);
+    }
+    return table.getText();
+}
+
+std::string optionTable(const qxCommandParts& command)
+{
+    Table table;
+    table.addTitle("Options");
+    for (const qxCommandParts::Option* const option : command.getAllOptions())
+        table.add(optionText(*option),
+                  option->summary + (option->standard.empty() ? "" : "; without it ") + option->standard);
+    return table.getText();
+}
+
 std::string helpOf(const qxCommandParts& command, const std::string& program)
 {
-    const std::string path = command.getPath();
-    std::string help = "usage: " + program + (path.empty() ? "" : " " + path) + usageOf(command) + "\n";
-    for (const std::string& text : {command.summary, command.description})
-        if (!text.empty()) help += "\n" + text + "\n";
-
-    Table commands;
-    forEachCommand(command, [&](const qxCommandParts& one) {
-        if (one.commands.empty()) commands.add(one.getPath() + usageOf(one), one.summary);
-    });
-    Table arguments;
-    for (const qxCommandParts::Argument& argument : command.arguments)
-        arguments.add(argumentText(argument), argument.summary);
-    Table options;
-    for (const qxCommandParts::Option* const option : command.getAllOptions())
-        options.add(optionText(*option), option->summary);
-    return help + commands.getText("Commands:") + arguments.getText("Arguments:") +
-           options.getText("Options:");
+    std::string help = usageOf(command, program) + paragraphsOf(command.summary) +
+                       paragraphsOf(command.description) + commandTable(command) + argumentTable(command) +
+                       optionTable(command);
+    if (!command.commands.empty()) {
+        const std::string path = command.getPath();
+        help += paragraphsOf("'" + program + (path.empty() ? "" : " " + path) +
+                             " COMMAND --help' tells more of a command.");
+    }
+    return help + paragraphsOf(command.footer);
 }
 
 /// True when the shell takes it as one word that means itself.
@@ -153,7 +236,7 @@ std::string slashed(const qxCommandParts& command)
 void addCases(std::string& values, std::string& words, const qxCommandParts& command)
 {
     const std::string path = slashed(command);
-    std::string known;
+    std::string known = command.commands.empty() || command.findCommand("help") ? "" : "help";
     for (const auto& one : command.commands) addWord(known, qxCommandParts::of(*one).name);
     for (const qxCommandParts::Option* const option : command.getAllOptions()) {
         std::string choices;

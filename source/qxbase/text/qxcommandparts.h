@@ -16,6 +16,9 @@ struct qxCommandParts {
         std::string longName;
         std::string value; // empty: it takes none
         std::string summary;
+        std::string standard;    // its value where it is not given
+        bool isQuestion = false; // where it is given nothing is missing
+        bool isInherited = true; // by the commands beneath
 
         bool isNamed(std::string_view text) const
         {
@@ -41,7 +44,11 @@ struct qxCommandParts {
         void operator()(qxCommand* command) const { delete command; }
     };
 
+    static std::string bytesOf(const qxString& text) { return {text.getString(), text.length()}; }
+
     static const qxCommandParts& of(const qxCommand& command) { return *command.m_parts; }
+
+    void add(const Option& option, const qxString& names);
 
     /// Of this command and of those above it.
     const Option* findOption(std::string_view name) const;
@@ -54,6 +61,9 @@ struct qxCommandParts {
     std::string name;
     std::string summary;
     std::string description;
+    std::string footer;
+    std::string heading;     // what it stands under in the help of the command above it
+    std::string nextHeading; // of the commands declared from now on
     const qxCommandParts* parent = nullptr;
     std::vector<std::unique_ptr<qxCommand, Deleter>> commands;
     std::vector<Option> options;

@@ -34,12 +34,29 @@ TEST_F(Tool, tellsEveryKindOfEventWithAllBits)
               "ElementEnd \"a\" 1\n");
 }
 
+TEST_F(Tool, tellsValuesObjectsAndCustomData)
+{
+    expectAnswers("<qxDyn name='n' type='cont'><value name='k' type='str'>&quot;\n</value></qxDyn>",
+                  "xml events - --mask 1 => ElementStart \"qxDyn\" 1\n"
+                  "DynamicType \"n\" \"cont\" {\"k\":\"\\\"\\n\"} 1\nElementEnd \"qxDyn\" 1\n");
+    expectAnswers("<qxObj name='o'> x<b/></qxObj>",
+                  "xml events - --mask 1 => ElementStart \"qxObj\" 1\nElementStart \"b\" 2\n"
+                  "ElementEnd \"b\" 2\nElementEnd \"qxObj\" 1\n",
+                  "xml events - --mask 1 --object p --object=o => ElementStart \"qxObj\" 1\n"
+                  "Object \"o\" \" x<b/>\" 1\nElementEnd \"qxObj\" 1\n");
+    expectAnswers("<a><o/><p>&lt;\t</p></a>",
+                  "xml events - --mask 1 --custom o --custom p => ElementStart \"a\" 1\n"
+                  "ElementStart \"o\" 2\nCustomData \"o\" \"\" 2\nElementEnd \"o\" 2\n"
+                  "ElementStart \"p\" 2\nCustomData \"p\" \"&lt;\\t\" 2\nElementEnd \"p\" 2\n"
+                  "ElementEnd \"a\" 1\n");
+}
+
 TEST_F(Tool, masksEventsAndEscapesControlCharacters)
 {
     expectAnswers("<a x=\"y\">\"\\\n\r\t\x7f\xc3\xa9</a>",
                   "xml events --mask 4 - => Attribute \"x\" \"y\" 1\n",
                   "xml events --mask=0x20 - => CharData \"\\\"\\\\\\n\\r\\t\\x7F\xc3\xa9\" 1\n",
-                  "xml events --mask 12z - => 2 qx: error: '12z' is no mask; see qx --help\n");
+                  "xml events --mask 12z - => 2 qx: error: '12z' is no mask; see qx xml events --help\n");
 }
 
 TEST_F(Tool, keepsTheEventsBeforeAnError)
@@ -115,7 +132,7 @@ TEST_F(Tool, getsTextsAndAttributes)
                   "xml get f.xml r/x r/a => 1 one\nqx: nothing found at 'r/x'\n",
                   "xml get --count f.xml r/x => 1 0\nqx: nothing found at 'r/x'\n",
                   "xml get f.xml r/a/@none => 1 qx: nothing found at 'r/a/@none'\n",
-                  "xml get f.xml => 2 qx: error: xml get needs a file and a path; see qx --help\n");
+                  "xml get f.xml => 2 qx: error: xml get: PATH is missing; see qx xml get --help\n");
 }
 
 TEST_F(Tool, setsAndLeavesTheRestAsItWas)
@@ -131,11 +148,12 @@ TEST_F(Tool, setTouchesNothingWhenItFails)
 {
     file("f.xml", "<r><a/></r>");
     file("broken.xml", "<r><a></r>");
-    expectAnswers("", "xml set f.xml r/a=x r/none=y => 1 qx: nothing found at 'r/none'\n",
-                  "xml set f.xml r/a => 2 qx: error: 'r/a' is not of the form PATH=TEXT; see qx --help\n",
-                  "xml set f.xml 'r/a=\x01' => 3 qx: error: CharData is malformed\n",
-                  "xml set broken.xml r/a=x -o new.xml => "
-                  "3 broken.xml:1:9: error: Expected end tag 'a' but got 'r'\n");
+    expectAnswers(
+        "", "xml set f.xml r/a=x r/none=y => 1 qx: nothing found at 'r/none'\n",
+        "xml set f.xml r/a => 2 qx: error: 'r/a' is not of the form PATH=TEXT; see qx xml set --help\n",
+        "xml set f.xml 'r/a=\x01' => 3 qx: error: CharData is malformed\n",
+        "xml set broken.xml r/a=x -o new.xml => "
+        "3 broken.xml:1:9: error: Expected end tag 'a' but got 'r'\n");
     EXPECT_EQ(content("f.xml"), "<r><a/></r>");
     EXPECT_EQ(countFiles(), 2);
 }
@@ -189,6 +207,42 @@ TEST_F(Tool, answersAWrongCommandLine)
     }
 }
 
+TEST_F(Tool, saysWhatMayHaveBeenMeant)
+{
+    expectAnswers(
+        "", " => 2 qx: error: a command is missing; see qx --help\n",
+        "xml => 2 qx: error: a command is missing behind 'xml'; see qx xml --help\n",
+        "xlm get => 2 qx: error: unknown command 'xlm'; did you mean 'xml'? See qx --help\n",
+        "check f => 2 qx: error: unknown command 'check'; did you mean 'xml check'? See qx --help\n",
+        "xml gte f => 2 qx: error: unknown command 'xml gte'; did you mean 'get'? See qx xml --help\n",
+        "xml get --al f a => 2 qx: error: unknown option '--al'; did you mean '--all'? See qx xml get "
+        "--help\n",
+        "lex - --decimal => 2 qx: error: option '--decimal' needs a value; see qx lex --help\n",
+        "time --local=1 => 2 qx: error: option '--local' takes no value; see qx time --help\n");
+}
+
+TEST_F(Tool, helpsWithEachCommand)
+{
+    const std::string help = "usage: qx xml tree FILE [--keep-space] [--no-merge]\n"
+                             "\nprints the items of the tree\n"
+                             "\nArguments:\n"
+                             "  FILE  the document\n"
+                             "\nOptions:\n"
+                             "  --keep-space  white space stays as it is\n"
+                             "  --no-merge    references stay apart from text\n"
+                             "  -h, --help    shows this help\n";
+    EXPECT_EQ(answer("xml tree --help"), help);
+    EXPECT_EQ(answer("help xml tree"), help);
+    const std::string all = answer("--help");
+    EXPECT_EQ(all.find("usage: qx COMMAND … [--version] [--completion]\n"), 0U) << all;
+    EXPECT_EQ(answer("help"), all);
+    for (const char* const piece :
+         {"\nXML documents:\n", "\n  xml get FILE PATH…  ", "\nExit status: 0 done, "})
+        EXPECT_NE(all.find(piece), std::string::npos) << piece;
+    EXPECT_NE(answer("--completion").find("'/xml/tree') words=\"--keep-space --no-merge -h --help\" ;;\n"),
+              std::string::npos);
+}
+
 TEST_F(Tool, takesOptionsAnywhereAndEndsThem)
 {
     file("-f.xml", "<a>t</a>");
@@ -201,7 +255,6 @@ TEST_F(Tool, takesOptionsAnywhereAndEndsThem)
 TEST_F(Tool, showsVersionHelpAndDemonstration)
 {
     EXPECT_EQ(answer("--version"), "qx 2.10.1\n");
-    EXPECT_EQ(answer("--help").find("usage: qx COMMAND"), 0U);
     EXPECT_EQ(run("demo"), 0) << err;
     EXPECT_NE(out.find("$ qx xml get "), std::string::npos);
     EXPECT_NE(out.find("call: fRequest \"GET /style.css HTTP/1.1\"\ncall: fStatus \"304\"\n"),

@@ -137,13 +137,14 @@ TEST_F(Tool, writesNothingWhenATypeCannotHoldAValue)
     }
     EXPECT_EQ(content("old"), "content");
     EXPECT_EQ(countFiles(), 1);
-    expectAnswers("", "bin pack u8=256 => 2 qx: error: '256' is no value of type u8; see qx --help\n",
-                  "bin pack x => 2 qx: error: 'x' is not of the form TYPE=VALUE; see qx --help\n",
-                  "bin pack int=1 => 2 qx: error: unknown type 'int'; see qx --help\n",
-                  "bin pack => 2 qx: error: bin pack needs a value; see qx --help\n",
-                  "bin dump old => 2 qx: error: bin dump needs --as with a type; see qx --help\n",
-                  "bin dump old --as 'u8 x' => 2 qx: error: unknown type 'x'; see qx --help\n",
-                  "bin dump --as u8 => 2 qx: error: bin dump needs one file; see qx --help\n");
+    expectAnswers("",
+                  "bin pack u8=256 => 2 qx: error: '256' is no value of type u8; see qx bin pack --help\n",
+                  "bin pack x => 2 qx: error: 'x' is not of the form TYPE=VALUE; see qx bin pack --help\n",
+                  "bin pack int=1 => 2 qx: error: unknown type 'int'; see qx bin pack --help\n",
+                  "bin pack => 2 qx: error: bin pack: TYPE=VALUE is missing; see qx bin pack --help\n",
+                  "bin dump old => 2 qx: error: bin dump needs --as with a type; see qx bin dump --help\n",
+                  "bin dump old --as 'u8 x' => 2 qx: error: unknown type 'x'; see qx bin dump --help\n",
+                  "bin dump --as u8 => 2 qx: error: bin dump: FILE is missing; see qx bin dump --help\n");
 }
 
 TEST_F(Tool, tellsWhereAValueIsCutShort)

@@ -72,10 +72,10 @@ TEST_F(IdTool, tellsWhatIsWrongWithAnId)
                   "id show 00000000-000G-0000-0000-000000000000 => " + warning +
                       "{XXXXXXXX-????"
                       "-XXXX-XXXX-XXXXXXXXXXXX}\n",
-                  "id show => 2 qx: error: id show needs one id; see qx --help\n",
-                  "id new -n 1x => 2 qx: error: '1x' is no count; see qx --help\n",
-                  "id new --v4 --v7 => 2 qx: error: an id has one version only; see qx --help\n",
-                  "id new {} => 2 qx: error: id new takes options only; see qx --help\n");
+                  "id show => 2 qx: error: id show: GUID is missing; see qx id show --help\n",
+                  "id new -n 1x => 2 qx: error: '1x' is no count; see qx id new --help\n",
+                  "id new --v4 --v7 => 2 qx: error: an id has one version only; see qx id new --help\n",
+                  "id new {} => 2 qx: error: argument '{}' is one too many; see qx id new --help\n");
 }
 
 } // namespace

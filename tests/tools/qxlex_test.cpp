@@ -40,10 +40,10 @@ TEST_F(LexTool, warnsOfFaultyBytes)
 
 TEST_F(LexTool, tellsWhatIsWrongWithItsCommandLine)
 {
-    expectAnswers("", "lex => 2 qx: error: lex needs one file; see qx --help\n",
-                  "lex a b => 2 qx: error: lex needs one file; see qx --help\n",
-                  "lex - --decimal '' => 2 qx: error: '' is no character of 16 bits; see qx --help\n",
-                  "lex - --decimal ab => 2 qx: error: 'ab' is no character of 16 bits; see qx --help\n");
+    expectAnswers("", "lex => 2 qx: error: lex: FILE is missing; see qx lex --help\n",
+                  "lex a b => 2 qx: error: argument 'b' is one too many; see qx lex --help\n",
+                  "lex - --decimal '' => 2 qx: error: '' is no character of 16 bits; see qx lex --help\n",
+                  "lex - --decimal ab => 2 qx: error: 'ab' is no character of 16 bits; see qx lex --help\n");
     EXPECT_EQ(run("lex missing"), 4);
 }
 
@@ -54,8 +54,8 @@ TEST_F(LexTool, argsTellsHowACommandLineIsSplit)
                   "3 argument a b\n4 argument -5\n5 option -long\n",
                   "args --prefix -- -- '--long -x' => 0 option long\n1 argument -x\n", "args -- '' => ",
                   "args --prefix=/ /a => 0 option a\n",
-                  "args => 2 qx: error: args needs one text; see qx --help\n",
-                  "args a b => 2 qx: error: args needs one text; see qx --help\n");
+                  "args => 2 qx: error: args: TEXT is missing; see qx args --help\n",
+                  "args a b => 2 qx: error: argument 'b' is one too many; see qx args --help\n");
 }
 
 } // namespace

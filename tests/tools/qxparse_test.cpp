@@ -154,10 +154,10 @@ TEST_F(ParseTool, takesRulesAndInputOfAnySize)
 TEST_F(ParseTool, saysWhatIsWrongWithItsCommandLine)
 {
     file("r", "main ::= 'a';");
-    const std::string end = "; see qx --help\n";
+    const std::string end = "; see qx parse --help\n";
     expectAnswers(
-        "", "parse => 2 qx: error: parse needs rules" + end,
-        "parse r - x => 2 qx: error: parse takes one input at most" + end,
+        "", "parse => 2 qx: error: parse: RULES is missing" + end,
+        "parse r - x => 2 qx: error: argument 'x' is one too many" + end,
         "parse -e x r s => 2 qx: error: parse takes one input at most" + end,
         "parse --check r s => 2 qx: error: parse --check takes rules only" + end,
         "parse - => 2 qx: error: rules and input cannot both be standard input" + end,

@@ -78,10 +78,10 @@ TEST_F(ScanTool, takesLinesOfAnyLength)
 
 TEST_F(ScanTool, saysWhatIsWrongWithItsCommandLine)
 {
-    const std::string end = "; see qx --help\n";
+    const std::string end = "; see qx scan --help\n";
     expectAnswers(
-        "", "scan => 2 qx: error: scan needs a pattern" + end,
-        "scan a b c => 2 qx: error: scan takes one file at most" + end,
+        "", "scan => 2 qx: error: scan: PATTERN is missing" + end,
+        "scan a b c => 2 qx: error: argument 'c' is one too many" + end,
         "scan a --decimal ab => 2 qx: error: 'ab' is no decimal character" + end,
         "scan a --decimal \xF0\x9F\x98\x80 => 2 qx: error: '\xF0\x9F\x98\x80' is no decimal character" + end,
         "scan a --header x,y,x => 2 qx: error: the header has 'x' twice" + end);

@@ -3,7 +3,6 @@
 
 #include "qxcommands.h"
 #include "qxconsole.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include "qxerror.h"
@@ -14,93 +13,104 @@
 namespace
 {
 
-const char HELP[] = R"(usage: qx COMMAND …
+const char DESCRIPTION[] = R"(Data goes to standard output, everything else to standard error.
+FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.)";
 
-Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and shows values; takes
-texts apart and matches them by rules and patterns.
-Data goes to standard output, everything else to standard error.
-FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.
+const char FOOTER[] =
+    R"(Exit status: 0 done, 1 the answer is no, 2 wrong usage, 3 input malformed, 4 cannot open, read or
+write, 5 a limit was met, 70 fatal error, 130 interrupted.)";
 
-  qx xml check FILE…                     says which documents are well-formed
-  qx xml events FILE [--all] [--mask N]  prints the calls that the reader makes
-  qx xml tree FILE [--keep-space] [--no-merge]
-                                         prints the items of the tree
-  qx xml get FILE PATH… [--count] [--all]
-                                         prints the text at a path: "r/a", "r/a[2]", "r/a[name=x]", "r/a/@name"
-  qx xml set FILE PATH=TEXT… [-o OUT]    changes texts and attributes, in FILE itself without -o
-  qx xml format FILE [-o OUT] [--plain] [--encoding NAME] [--keep-space] [--trim]
-                                         writes the document indented
-  qx id new [-n N] [--v1|--v4|--v7]      makes identifiers: from the time, at random, or sortable
-  qx id show GUID                        takes an identifier apart
-  qx time [SECONDS] [--format F] [--local]
-                                         prints now, or so many seconds after 1970, as a date
-  qx bin pack TYPE=VALUE… [-o OUT] [--little]
-                                         writes the bytes of values: u8 u16 u32 u64 f32 f64 varint str guid
-                                         vec2 vec3 vec4 mat3 mat4
-  qx bin dump FILE --as 'TYPE…' [--little]
-                                         prints the values that the bytes of a file are
-  qx lex FILE [--strings] [--comments] [--slash] [--hash] [--set] [--escape] [--hex] [--decimal C]
-     [--tokens-only] [--bytes]           prints the tokens that a text is made of
-  qx args [--prefix P] -- TEXT           prints how a command line is split
-  qx parse RULES [INPUT] [--start NAME] [--fifo] [--trace] [--check] [--steps N]
-                                         matches a text by the rules of a file, or with -e TEXT of TEXT
-  qx scan PATTERN [FILE] [--decimal C] [--header A,B…] [--json] [-v]
-                                         takes each line apart by a pattern: "%i = %n"
-  qx demo                                shows some of these at work
-  qx --version
-  qx --help
-
-Exit status: 0 done, 1 the answer is no, 2 wrong usage, 3 input malformed, 4 cannot open, read or write,
-5 a limit was met, 70 fatal error, 130 interrupted.
-)";
-
-struct Command {
-    const char* group; // null: the command stands alone
-    const char* name;
-    qxStatus (*run)(qxReport& report, const std::vector<std::string>& words);
-};
-
-const Command COMMANDS[] = {
-    {"xml", "check", runXmlCheck}, {"xml", "events", runXmlEvents}, {"xml", "tree", runXmlTree},
-    {"xml", "get", runXmlGet},     {"xml", "set", runXmlSet},       {"xml", "format", runXmlFormat},
-    {"id", "new", runIdNew},       {"id", "show", runIdShow},       {nullptr, "time", runTime},
-    {"bin", "pack", runBinPack},   {"bin", "dump", runBinDump},     {nullptr, "lex", runLex},
-    {nullptr, "args", runArgs},    {nullptr, "parse", runParse},    {nullptr, "scan", runScan},
-    {nullptr, "demo", runDemo},
-};
-
-qxStatus dispatch(qxReport& report, const std::vector<std::string>& words)
+/// `error`, and where the help on what was read last is to be had.
+std::string withHint(const std::string& error, const qxTool& tool)
 {
-    const std::string first = words.empty() ? std::string() : words[0];
-    if (first.empty()) throw qxUsageError("a command is missing");
-    if (first == "--help" || first == "--version") {
-        writeOutput(first == "--help" ? HELP : "qx " QX_VERSION "\n");
-        return qxStatus::DONE;
-    }
-    bool isGroup = false;
-    for (const Command& command : COMMANDS) {
-        const std::size_t depth = command.group ? 2 : 1;
-        isGroup = isGroup || (command.group && first == command.group);
-        if (words.size() < depth || (command.group && first != command.group)) continue;
-        if (words[depth - 1] != command.name) continue;
-        return command.run(report, {words.begin() + static_cast<std::ptrdiff_t>(depth), words.end()});
-    }
-    if (!isGroup) throw qxUsageError("unknown command '" + first + "'");
-    throw qxUsageError(words.size() < 2 ? "a command is missing behind '" + first + "'"
-                                        : "unknown command '" + first + " " + words[1] + "'");
+    const std::string command(viewOf(tool.getCommand()));
+    return error + (error.ends_with('?') ? " See qx " : "; see qx ") +
+           (command.empty() ? "" : command + " ") + "--help";
+}
+
+qxStatus parseAndAnswer(qxReport& report, qxTool& tool, const std::vector<std::string>& words)
+{
+    std::vector<const char*> line = {"qx"};
+    for (const std::string& word : words) line.push_back(word.c_str());
+    if (!tool.parse(static_cast<int>(line.size()), line.data()))
+        throw qxUsageError(std::string(viewOf(tool.getError())));
+    const qxStatus status = tool.answer(report);
+    flushOutput();
+    return isInterrupted() ? qxStatus::INTERRUPTED : status;
 }
 
 } // namespace
 
+qxTool::qxTool()
+    : qxCommandLine(
+          "qx", "Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and "
+                "shows values; takes texts apart and matches them by rules and patterns.")
+{
+    setDescription(DESCRIPTION);
+    setFooter(FOOTER);
+    addQuestion("--version", "", "tells the version");
+    addQuestion("--completion", "", "prints what bash is to read so that it completes commands and options");
+
+    addHeading("XML documents");
+    addCommand("xml", "Reads, searches, changes and writes XML documents.");
+    declareXmlCheck(*this);
+    declareXmlEvents(*this);
+    declareXmlTree(*this);
+    declareXmlGet(*this);
+    declareXmlFormat(*this);
+
+    addHeading("Identifiers, time and bytes");
+    declareId(*this);
+    declareTime(*this);
+    declareBin(*this);
+
+    addHeading("Texts");
+    declareLex(*this);
+    declareArgs(*this);
+    declareParse(*this);
+    declareScan(*this);
+
+    addHeading("More");
+    declareDemo(*this);
+}
+
+qxCommand& qxTool::add(const char* name, const char* summary, Run run)
+{
+    m_runs[name] = run;
+    return addCommand(name, summary);
+}
+
+qxStatus qxTool::answer(qxReport& report) const
+{
+    if (isHelpAsked())
+        writeOutput(viewOf(getHelp(getCommand())));
+    else if (hasOption("--version"))
+        writeOutput("qx " QX_VERSION "\n");
+    else if (hasOption("--completion"))
+        writeOutput(viewOf(getCompletion()));
+    else
+        return m_runs.at(std::string(viewOf(getCommand())))(report, *this);
+    return qxStatus::DONE;
+}
+
+std::vector<std::string> argumentsFrom(const qxCommandLine& line, unsigned int first)
+{
+    std::vector<std::string> arguments;
+    for (unsigned int i = first; i < line.getArgumentCount(); ++i)
+        arguments.emplace_back(line.getArgumentText(i));
+    return arguments;
+}
+
 qxStatus runCommandLine(qxReport& report, const std::vector<std::string>& words)
 {
     try {
-        const qxStatus status = dispatch(report, words);
-        flushOutput();
-        return isInterrupted() ? qxStatus::INTERRUPTED : status;
-    } catch (const qxUsageError& error) {
-        report.printError(std::string(error.what()) + "; see qx --help");
-        return qxStatus::USAGE;
+        qxTool tool;
+        try {
+            return parseAndAnswer(report, tool, words);
+        } catch (const qxUsageError& error) {
+            report.printError(withHint(error.what(), tool));
+            return qxStatus::USAGE;
+        }
     } catch (const qxFileError& error) {
         report.printError(error.what());
         return qxStatus::NO_FILE;

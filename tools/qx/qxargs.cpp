@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxcommands.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include "qxargumentparser.h"
@@ -15,15 +14,10 @@ qxString parseText(const std::string& text)
     return {text.data(), text.size()};
 }
 
-} // namespace
-
-qxStatus runArgs(qxReport&, const std::vector<std::string>& words)
+qxStatus runArgs(qxReport&, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"--prefix", true}});
-    if (options.getArguments().size() != 1) throw qxUsageError("args needs one text");
-    const qxString prefix = parseText(options.get("--prefix").value_or("-"));
-    const qxArgumentParser parser(parseText(options.getArguments()[0]), prefix);
-
+    const qxArgumentParser parser(parseText(line.getArgumentText(0)),
+                                  parseText(line.getOptionText("--prefix")));
     const auto* option = parser.getOptions().begin();
     const auto* argument = parser.getArguments().begin();
     for (unsigned int position = 0; position < parser.getTokenCount(); ++position) {
@@ -33,4 +27,13 @@ qxStatus runArgs(qxReport&, const std::vector<std::string>& words)
                     std::string(viewOf(text)) + "\n");
     }
     return qxStatus::DONE;
+}
+
+} // namespace
+
+void declareArgs(qxTool& tool)
+{
+    tool.add("args", "prints how a command line is split", runArgs)
+        .addArgument("TEXT", "the command line, as one word behind '--'")
+        .addOption("--prefix", "P", "what options begin with", "-");
 }

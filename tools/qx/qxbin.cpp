@@ -3,7 +3,6 @@
 #include "qxbinvalue.h"
 #include "qxcommands.h"
 #include "qxinput.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include "qxserializeadaptermemory.h"
@@ -158,31 +157,25 @@ qxUInt64 countRest(const qxInput& input, qxUInt64 taken)
     return input.getSize() - taken;
 }
 
-} // namespace
-
-qxStatus runBinPack(qxReport&, const std::vector<std::string>& words)
+qxStatus runBinPack(qxReport&, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"-o", true}, {"--little", false}});
-    if (options.getArguments().empty()) throw qxUsageError("bin pack needs a value");
     std::vector<std::unique_ptr<qxBinValue>> values;
-    for (const std::string& word : options.getArguments())
-        values.push_back(parseValue(word, options.has("--little")));
-    writeFile(options.get("-o").value_or("-"), bytesOf(values));
+    for (const std::string& word : argumentsFrom(line, 0))
+        values.push_back(parseValue(word, line.hasOption("--little")));
+    writeFile(line.getOptionText("-o"), bytesOf(values));
     return qxStatus::DONE;
 }
 
-qxStatus runBinDump(qxReport& report, const std::vector<std::string>& words)
+qxStatus runBinDump(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"--as", true}, {"--little", false}});
-    if (options.getArguments().size() != 1) throw qxUsageError("bin dump needs one file");
-    const std::string& file = options.getArguments()[0];
-    const std::vector<std::string> types = splitTypes(options.get("--as").value_or(""));
+    const std::string file = line.getArgumentText(0);
+    const std::vector<std::string> types = splitTypes(line.getOptionText("--as"));
 
     const qxInput input = openInput(file);
     Recorder recorder(input);
     for (const std::string& type : types) {
         if (isInterrupted()) return qxStatus::INTERRUPTED;
-        const auto value = makeBinValue(type, options.has("--little"));
+        const auto value = makeBinValue(type, line.hasOption("--little"));
         const qxStatus status = dumpValue(report, file, recorder, type, *value);
         if (status != qxStatus::DONE) return status;
     }
@@ -193,4 +186,23 @@ qxStatus runBinDump(qxReport& report, const std::vector<std::string>& words)
         report.printNote(std::to_string(rest) + " bytes left at offset " +
                          std::to_string(recorder.getOffset()));
     return qxStatus::DONE;
+}
+
+const char TYPES[] = R"(A TYPE is one of u8 u16 u32 u64 f32 f64 varint str guid vec2 vec3 vec4 mat3 mat4.)";
+
+} // namespace
+
+void declareBin(qxTool& tool)
+{
+    tool.addCommand("bin", "Packs values and shows packed ones.");
+    tool.add("bin pack", "writes the bytes of values", runBinPack)
+        .addArgument("TYPE=VALUE", "the values, one behind the other", QX_ARGUMENT_SOME)
+        .addOption("-o", "OUT", "the file for the bytes", "-")
+        .addOption("--little", "", "numbers have their least significant byte first")
+        .setDescription(TYPES);
+    tool.add("bin dump", "prints the values that the bytes of a file are", runBinDump)
+        .addArgument("FILE", "the bytes")
+        .addOption("--as", "'TYPE…'", "what they are, in their order; needed")
+        .addOption("--little", "", "numbers have their least significant byte first")
+        .setDescription(TYPES);
 }

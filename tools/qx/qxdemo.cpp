@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxcommands.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include <cstdio>
@@ -64,13 +63,9 @@ void showRules(qxReport& report, const std::string& data)
                   "host,ident,user,time,request"});
 }
 
-} // namespace
-
-qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
+qxStatus runDemo(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {});
-    if (options.getArguments().size() > 1) throw qxUsageError("demo takes one folder of documents at most");
-    const std::string data = options.getArguments().empty() ? sampleFolder() : options.getArguments()[0];
+    const std::string data = line.getArgumentCount() == 0 ? sampleFolder() : line.getArgumentText(0);
     const std::string scene = data + "/scene.xml";
     const std::string settings = data + "/settings.xml";
     if (!std::filesystem::exists(scene)) throw qxFileError("No sample documents in '" + data + "'");
@@ -92,4 +87,12 @@ qxStatus runDemo(qxReport& report, const std::vector<std::string>& words)
     }
     showRules(report, data);
     return qxStatus::DONE;
+}
+
+} // namespace
+
+void declareDemo(qxTool& tool)
+{
+    tool.add("demo", "shows some of these at work", runDemo)
+        .addArgument("FOLDER", "sample documents; without it those of the sources", QX_ARGUMENT_OPTIONAL);
 }

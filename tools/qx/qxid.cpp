@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxcommands.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include "qxguid.h"
 
-#include <charconv>
 #include <chrono>
 
 namespace
@@ -14,20 +12,11 @@ namespace
 
 using Maker = qxGUID (*)();
 
-unsigned int parseCount(const std::string& text)
+Maker makerOf(const qxCommandLine& line)
 {
-    unsigned int count = 0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, count);
-    if (result.ec != std::errc() || result.ptr != end) throw qxUsageError("'" + text + "' is no count");
-    return count;
-}
-
-Maker makerOf(const qxOptions& options)
-{
-    const bool isTimeBased = options.has("--v1");
-    const bool isRandom = options.has("--v4");
-    const bool isSortable = options.has("--v7");
+    const bool isTimeBased = line.hasOption("--v1");
+    const bool isRandom = line.hasOption("--v4");
+    const bool isSortable = line.hasOption("--v7");
     if (isTimeBased + isRandom + isSortable > 1) throw qxUsageError("an id has one version only");
     if (isRandom) return qxGUID::generateGUID4;
     if (isSortable) return qxGUID::generateGUID7;
@@ -75,14 +64,10 @@ std::string nodeOf(const qxGUIDRecord& record)
     return node.getString();
 }
 
-} // namespace
-
-qxStatus runIdNew(qxReport&, const std::vector<std::string>& words)
+qxStatus runIdNew(qxReport&, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"-n", true}, {"--v1", false}, {"--v4", false}, {"--v7", false}});
-    if (!options.getArguments().empty()) throw qxUsageError("id new takes options only");
-    const Maker make = makerOf(options);
-    const unsigned int count = parseCount(options.get("-n").value_or("1"));
+    const Maker make = makerOf(line);
+    const unsigned int count = parseNumber<unsigned int>(line.getOptionText("-n"), "count");
     for (unsigned int i = 0; i < count && !isInterrupted(); ++i) {
         const qxGUID guid = make();
         if (guid.isNull()) return qxStatus::NO_FILE; // the library has said why
@@ -91,11 +76,9 @@ qxStatus runIdNew(qxReport&, const std::vector<std::string>& words)
     return qxStatus::DONE;
 }
 
-qxStatus runIdShow(qxReport&, const std::vector<std::string>& words)
+qxStatus runIdShow(qxReport&, const qxCommandLine& line)
 {
-    const qxOptions options(words, {});
-    if (options.getArguments().size() != 1) throw qxUsageError("id show needs one id");
-    const std::string& text = options.getArguments()[0];
+    const std::string text = line.getArgumentText(0);
     const qxGUID guid(text.c_str());
     const std::string form = guid.asString().getString();
     const bool isShown = text == form || "{" + text + "}" == form;
@@ -108,4 +91,18 @@ qxStatus runIdShow(qxReport&, const std::vector<std::string>& words)
     if (version == 1 || version == 7) writeOutput("time " + timeOf(record, version) + "\n");
     if (version == 1) writeOutput("node " + nodeOf(record) + "\n");
     return qxStatus::DONE;
+}
+
+} // namespace
+
+void declareId(qxTool& tool)
+{
+    tool.addCommand("id", "Makes identifiers and takes them apart.");
+    tool.add("id new", "makes identifiers", runIdNew)
+        .addOption("-n", "N", "how many", "1")
+        .addOption("--v1", "", "from the time, the thread and the machine, as without an option")
+        .addOption("--v4", "", "at random")
+        .addOption("--v7", "", "from the time and at random, so that they sort by age");
+    tool.add("id show", "takes an identifier apart", runIdShow)
+        .addArgument("GUID", "the identifier; braces may be missing and letters may be small");
 }

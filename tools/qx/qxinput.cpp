@@ -2,8 +2,8 @@
 
 #include "qxinput.h"
 
-#include "qxoptions.h"
 #include "qxoutput.h"
+#include "qxusage.h"
 
 #include "qxserializeadapterreplace.h"
 

@@ -2,7 +2,6 @@
 
 #include "qxcommands.h"
 #include "qxinput.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include "qxlex.h"
@@ -22,38 +21,25 @@ unsigned short parseCharacter(const std::string& text)
     return static_cast<unsigned short>(code);
 }
 
-void setSwitches(qxSerializeLex& lexer, const qxOptions& options)
+void setSwitches(qxSerializeLex& lexer, const qxCommandLine& line)
 {
-    lexer.useStrings(options.has("--strings"));
-    lexer.useComment(options.has("--comments"));
-    lexer.useSlashComment(options.has("--slash"));
-    lexer.useHashComment(options.has("--hash"));
-    lexer.useSet(options.has("--set"));
-    lexer.useEscape(options.has("--escape"));
-    lexer.useHexMode(options.has("--hex"));
-    lexer.useTokensOnly(options.has("--tokens-only"));
-    lexer.useUtf8(!options.has("--bytes"));
-    if (const auto decimal = options.get("--decimal")) lexer.useDecimalToken(parseCharacter(*decimal));
+    lexer.useStrings(line.hasOption("--strings"));
+    lexer.useComment(line.hasOption("--comments"));
+    lexer.useSlashComment(line.hasOption("--slash"));
+    lexer.useHashComment(line.hasOption("--hash"));
+    lexer.useSet(line.hasOption("--set"));
+    lexer.useEscape(line.hasOption("--escape"));
+    lexer.useHexMode(line.hasOption("--hex"));
+    lexer.useTokensOnly(line.hasOption("--tokens-only"));
+    lexer.useUtf8(!line.hasOption("--bytes"));
+    if (line.hasOption("--decimal")) lexer.useDecimalToken(parseCharacter(line.getOptionText("--decimal")));
 }
 
-} // namespace
-
-qxStatus runLex(qxReport&, const std::vector<std::string>& words)
+qxStatus runLex(qxReport&, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"--strings", false},
-                                    {"--comments", false},
-                                    {"--slash", false},
-                                    {"--hash", false},
-                                    {"--set", false},
-                                    {"--escape", false},
-                                    {"--hex", false},
-                                    {"--decimal", true},
-                                    {"--tokens-only", false},
-                                    {"--bytes", false}});
-    if (options.getArguments().size() != 1) throw qxUsageError("lex needs one file");
     qxSerializeLex lexer;
-    setSwitches(lexer, options);
-    const qxInput input = openInput(options.getArguments()[0]);
+    setSwitches(lexer, line);
+    const qxInput input = openInput(line.getArgumentText(0));
     while (!isInterrupted()) {
         lexer.read(input.adapter);
         const qxLexTokenData token = lexer.getTokenData();
@@ -65,4 +51,22 @@ qxStatus runLex(qxReport&, const std::vector<std::string>& words)
     }
     checkInput(input);
     return qxStatus::DONE;
+}
+
+} // namespace
+
+void declareLex(qxTool& tool)
+{
+    tool.add("lex", "prints the tokens that a text is made of", runLex)
+        .addArgument("FILE", "the text")
+        .addOption("--strings", "", "what stands in quotes is a token")
+        .addOption("--comments", "", "comments /* */ are")
+        .addOption("--slash", "", "comments // are")
+        .addOption("--hash", "", "comments # are")
+        .addOption("--set", "", "sets in brackets are")
+        .addOption("--escape", "", "a backslash in a text or set hides the character behind it")
+        .addOption("--hex", "", "numbers are hexadecimal")
+        .addOption("--decimal", "C", "numbers have fractions, behind this character")
+        .addOption("--tokens-only", "", "each character is a token")
+        .addOption("--bytes", "", "each byte is a character; without it the text is UTF-8");
 }

@@ -2,7 +2,7 @@
 
 #include "qxoutput.h"
 
-#include "qxoptions.h"
+#include "qxusage.h"
 
 #include "qxserializeadapterreplace.h"
 

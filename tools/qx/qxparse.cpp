@@ -2,14 +2,12 @@
 
 #include "qxcommands.h"
 #include "qxinput.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 #include "qxprogressbar.h"
 
 #include "qxmessage.h"
 #include "qxstringparser.h"
 
-#include <charconv>
 #include <utility>
 
 namespace
@@ -92,32 +90,22 @@ struct Task {
     std::string start;
 };
 
-qxUInt64 parseSteps(const std::string& text)
-{
-    qxUInt64 steps = 0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, steps);
-    if (result.ec != std::errc() || result.ptr != end)
-        throw qxUsageError("'" + text + "' is no number of steps");
-    return steps;
-}
-
-Task makeTask(const qxOptions& options)
+Task makeTask(const qxCommandLine& line)
 {
     Task task;
-    std::vector<std::string> files = options.getArguments();
-    const bool isGiven = options.has("-e");
-    if (!isGiven && files.empty()) throw qxUsageError("parse needs rules");
+    std::vector<std::string> files = argumentsFrom(line, 0);
+    const bool isGiven = line.hasOption("-e");
+    if (!isGiven && files.empty()) throw qxUsageError("parse: RULES is missing");
     task.rulesName = isGiven ? "-e" : files[0];
     if (!isGiven) files.erase(files.begin());
-    if (options.has("--check") && !files.empty()) throw qxUsageError("parse --check takes rules only");
+    if (line.hasOption("--check") && !files.empty()) throw qxUsageError("parse --check takes rules only");
     if (files.size() > 1) throw qxUsageError("parse takes one input at most");
     if (!files.empty()) task.input = files[0];
-    if (!isGiven && !options.has("--check") && task.rulesName == "-" && task.input == "-")
+    if (!isGiven && !line.hasOption("--check") && task.rulesName == "-" && task.input == "-")
         throw qxUsageError("rules and input cannot both be standard input");
-    task.start = options.get("--start").value_or("main");
+    task.start = line.getOptionText("--start");
     if (task.start.size() > qxString::MAX_LENGTH) throw qxUsageError("a name is too long");
-    task.rules = isGiven ? *options.get("-e") : readAll(task.rulesName);
+    task.rules = isGiven ? line.getOptionText("-e") : readAll(task.rulesName);
     if (task.rules.starts_with("\xEF\xBB\xBF")) task.rules.erase(0, 3); // a byte-order mark
     return task;
 }
@@ -209,22 +197,14 @@ qxStatus parseInput(qxReport& report, const Task& task, RuleParser& parser)
     return result == QX_PARSE_OK ? qxStatus::DONE : qxStatus::NO;
 }
 
-} // namespace
-
-qxStatus runParse(qxReport& report, const std::vector<std::string>& words)
+qxStatus runParse(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"-e", true},
-                                    {"--start", true},
-                                    {"--fifo", false},
-                                    {"--trace", false},
-                                    {"--check", false},
-                                    {"--steps", true}});
-    const Task task = makeTask(options);
+    const Task task = makeTask(line);
     RuleParser parser;
-    if (options.has("--steps")) parser.setMaxSteps(parseSteps(*options.get("--steps")));
+    parser.setMaxSteps(parseNumber<qxUInt64>(line.getOptionText("--steps"), "number of steps"));
     qxRuleFinding fault;
     const bool isLoaded = parser.load(task.rules, fault);
-    if (options.has("--check")) {
+    if (line.hasOption("--check")) {
         if (isLoaded) return printFindings(parser);
         writeOutput(findingLine(fault));
         return qxStatus::MALFORMED;
@@ -233,10 +213,25 @@ qxStatus runParse(qxReport& report, const std::vector<std::string>& words)
         report.printErrorAt(task.rulesName, fault.line, fault.column, fault.text.getString());
         return qxStatus::MALFORMED;
     }
-    if (options.has("--fifo")) parser.useFirstInFirstOut(1);
-    if (options.has("--trace")) {
+    if (line.hasOption("--fifo")) parser.useFirstInFirstOut(1);
+    if (line.hasOption("--trace")) {
         qxMessage::setMessageLevel(QX_LEVEL_DEBUG);
         parser.useTrace(1);
     }
     return parseInput(report, task, parser);
+}
+
+} // namespace
+
+void declareParse(qxTool& tool)
+{
+    tool.add("parse", "matches a text by rules", runParse)
+        .addArgument("RULES", "the file of the rules, unless -e gives them", QX_ARGUMENT_OPTIONAL)
+        .addArgument("INPUT", "the text; without it standard input", QX_ARGUMENT_OPTIONAL)
+        .addOption("-e", "TEXT", "the rules themselves")
+        .addOption("--start", "NAME", "the rule that is to match", "main")
+        .addOption("--fifo", "", "functions take the oldest mark first")
+        .addOption("--trace", "", "shows each rule and function on standard error")
+        .addOption("--check", "", "only reads the rules and prints what is doubtful in them")
+        .addOption("--steps", "N", "how many steps a parse may take", "100000000");
 }

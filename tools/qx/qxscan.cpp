@@ -2,7 +2,6 @@
 
 #include "qxcommands.h"
 #include "qxinput.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 #include "qxprogressbar.h"
 
@@ -105,13 +104,13 @@ std::string quoteJson(std::string_view text)
 class Format
 {
 public:
-    explicit Format(const qxOptions& options) : m_isJson(options.has("--json"))
+    explicit Format(const qxCommandLine& line) : m_isJson(line.hasOption("--json"))
     {
-        const std::optional<std::string> header = options.get("--header");
-        if (!header) return;
-        for (std::size_t begin = 0; begin <= header->size();) {
-            const std::size_t end = std::min(header->find(',', begin), header->size());
-            m_names.push_back(header->substr(begin, end - begin));
+        if (!line.hasOption("--header")) return;
+        const std::string header = line.getOptionText("--header");
+        for (std::size_t begin = 0; begin <= header.size();) {
+            const std::size_t end = std::min(header.find(',', begin), header.size());
+            m_names.push_back(header.substr(begin, end - begin));
             begin = end + 1;
         }
         for (auto name = m_names.begin(); name != m_names.end(); ++name) {
@@ -195,23 +194,17 @@ private:
     bool m_isFaulty = false;
 };
 
-} // namespace
-
-qxStatus runScan(qxReport& report, const std::vector<std::string>& words)
+qxStatus runScan(qxReport& report, const qxCommandLine& options)
 {
-    const qxOptions options(words,
-                            {{"--decimal", true}, {"--header", true}, {"--json", false}, {"-v", false}});
-    const std::vector<std::string>& arguments = options.getArguments();
-    if (arguments.empty()) throw qxUsageError("scan needs a pattern");
-    if (arguments.size() > 2) throw qxUsageError("scan takes one file at most");
-    if (arguments[0].size() > qxString::MAX_LENGTH) throw qxUsageError("a pattern is too long");
+    const std::string pattern = options.getArgumentText(0);
+    if (pattern.size() > qxString::MAX_LENGTH) throw qxUsageError("a pattern is too long");
     const Format format(options);
-    Scanner scanner(arguments[0], parseDecimal(options.get("--decimal").value_or(".")));
+    Scanner scanner(pattern, parseDecimal(options.getOptionText("--decimal")));
     scanner.scan(""); // shows most faults before anything is read
     if (scanner.isFaulty()) return qxStatus::USAGE;
 
     const qxProgressBar bar;
-    Lines lines(arguments.size() > 1 ? arguments[1] : "-");
+    Lines lines(options.getArgumentCount() > 1 ? options.getArgumentText(1) : "-");
     writeOutput(format.header());
     unsigned long long missed = 0;
     for (std::string line; !isInterrupted() && lines.next(line);) {
@@ -221,9 +214,22 @@ qxStatus runScan(qxReport& report, const std::vector<std::string>& words)
         }
         if (scanner.isFaulty()) return qxStatus::USAGE;
         ++missed;
-        if (options.has("-v"))
+        if (options.hasOption("-v"))
             report.printNote("line " + std::to_string(lines.getNumber()) + " does not match: " + quote(line));
     }
     report.printNote("lines that do not match: " + std::to_string(missed));
     return missed < lines.getNumber() ? qxStatus::DONE : qxStatus::NO;
+}
+
+} // namespace
+
+void declareScan(qxTool& tool)
+{
+    tool.add("scan", "takes each line apart by a pattern", runScan)
+        .addArgument("PATTERN", "what a line is to be, such as \"%i = %n\"")
+        .addArgument("FILE", "the lines; without it standard input", QX_ARGUMENT_OPTIONAL)
+        .addOption("--decimal", "C", "the character before fractions", ".")
+        .addOption("--header", "A,B…", "names of the fields")
+        .addOption("--json", "", "prints arrays, and objects where fields have names")
+        .addOption("-v", "", "shows the lines that do not match");
 }

@@ -3,10 +3,8 @@
 #include "qxtime.h"
 
 #include "qxcommands.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstring>
 
@@ -19,11 +17,8 @@ constexpr std::size_t LONGEST = 50000;  // of a format in bytes: filled in, it s
 
 double parseSeconds(const std::string& text)
 {
-    double seconds = 0.0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, seconds);
-    if (result.ec != std::errc() || result.ptr != end || !std::isfinite(seconds))
-        throw qxUsageError("'" + text + "' is no number of seconds");
+    const double seconds = parseNumber<double>(text, "number of seconds");
+    if (!std::isfinite(seconds)) throw qxUsageError("'" + text + "' is no number of seconds");
     return seconds;
 }
 
@@ -76,19 +71,27 @@ private:
     const bool m_isShort;
 };
 
-} // namespace
-
-qxStatus runTime(qxReport&, const std::vector<std::string>& words)
+qxStatus runTime(qxReport&, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"--format", true}, {"--local", false}});
-    const std::vector<std::string>& arguments = options.getArguments();
-    if (arguments.size() > 1) throw qxUsageError("time takes one number of seconds at most");
-    const std::string format = options.get("--format").value_or(qxTime::TEXT_FORMAT);
+    const std::string format = line.getOptionText("--format");
     if (!FormatCheck(format).isGood())
         throw qxUsageError("'" + format + "' is no format of six integers at most");
 
-    const double seconds = arguments.empty() ? qxTime::now().seconds() : parseSeconds(arguments[0]);
-    const qxTime time(seconds + (options.has("--local") ? qxTime::getLocalTimeOffset() : 0.0));
+    const double seconds =
+        line.getArgumentCount() == 0 ? qxTime::now().seconds() : parseSeconds(line.getArgumentText(0));
+    const qxTime time(seconds + (line.hasOption("--local") ? qxTime::getLocalTimeOffset() : 0.0));
     writeOutput(std::string(viewOf(time.asString(format.c_str()))) + "\n");
     return qxStatus::DONE;
+}
+
+} // namespace
+
+void declareTime(qxTool& tool)
+{
+    tool.add("time", "prints the time as a date", runTime)
+        .addArgument("SECONDS", "a moment after 1970-01-01 00:00:00 UTC; without it now",
+                     QX_ARGUMENT_OPTIONAL)
+        .addOption("--format", "F", "how year, month, day, hour, minute and second are written",
+                   qxTime::TEXT_FORMAT)
+        .addOption("--local", "", "in the time zone of the system; without it in UTC");
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxcommands.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 #include <algorithm>
@@ -41,16 +40,12 @@ qxStatus checkOne(qxReport& report, const std::string& file)
     return status;
 }
 
-} // namespace
-
-qxStatus runXmlCheck(qxReport& report, const std::vector<std::string>& words)
+qxStatus runXmlCheck(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {});
-    if (options.getArguments().empty()) throw qxUsageError("xml check needs a file");
     bool isMalformed = false;
     bool isLimited = false;
     bool isUnreadable = false;
-    for (const std::string& file : options.getArguments()) {
+    for (const std::string& file : argumentsFrom(line, 0)) {
         qxStatus status = qxStatus::NO_FILE;
         try {
             status = checkOne(report, file);
@@ -65,4 +60,12 @@ qxStatus runXmlCheck(qxReport& report, const std::vector<std::string>& words)
     if (isMalformed) return qxStatus::MALFORMED;
     if (isLimited) return qxStatus::LIMIT;
     return isUnreadable ? qxStatus::NO_FILE : qxStatus::DONE;
+}
+
+} // namespace
+
+void declareXmlCheck(qxTool& tool)
+{
+    tool.add("xml check", "says which documents are well-formed", runXmlCheck)
+        .addArgument("FILE", "the documents", QX_ARGUMENT_SOME);
 }

@@ -1,16 +1,80 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxcommands.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
+
+#include "qxdynamictype.h"
+#include "qxobject.h"
+#include "qxxmlhandlers.h"
+
+#include <charconv>
 
 namespace
 {
+
+/// Keeps what is written to it.
+class Text final : public qxSerializeAdapter
+{
+public:
+    std::string bytes;
+
+protected:
+    using qxSerializeAdapter::read_imp;
+    unsigned char read_imp() override { return 0; } // never read
+    void write_imp(unsigned char byte) override { bytes += static_cast<char>(byte); }
+    void write_imp(unsigned char* data, unsigned int count) override
+    {
+        bytes.append(reinterpret_cast<const char*>(data), count);
+    }
+};
+
+/// Takes the content of elements for objects and custom data, and keeps the last one.
+class Contents final : public qxXmlObjectInterface, public qxXmlCustomDataInterface
+{
+public:
+    explicit Contents(const qxCommandLine& line)
+    {
+        for (unsigned int i = 0; i < line.getOptionCount("--object"); ++i)
+            qxXmlSax::registerObjectInterface(line.getOptionValue("--object", i), this);
+        for (unsigned int i = 0; i < line.getOptionCount("--custom"); ++i)
+            qxXmlSax::registerCustomDataInterface(line.getOptionValue("--custom", i), this);
+    }
+
+    ~Contents() override
+    {
+        qxXmlSax::unregisterObjectInterface(this);
+        qxXmlSax::unregisterCustomDataInterface(this);
+    }
+
+    qxObject* readObject(const qxXmlSax&, qxSerializeAdapter& content) override { return take(content); }
+    qxReference* readCustomData(const qxXmlSax&, qxSerializeAdapter& content) override
+    {
+        return take(content);
+    }
+
+    void writeObject(qxXmlSax&, qxObject&) override {} // never written
+    void writeCustomData(qxXmlSax&, qxReference&) override {}
+
+    const std::string& getLast() const { return m_last; }
+
+private:
+    qxObject* take(qxSerializeAdapter& content)
+    {
+        m_last.resize(static_cast<std::size_t>(content.length()));
+        content.read(reinterpret_cast<unsigned char*>(m_last.data()),
+                     static_cast<unsigned int>(m_last.size()));
+        return new qxObject;
+    }
+
+    std::string m_last;
+};
 
 /// Writes one line for each call of the reader.
 class EventLines : public qxXmlSax
 {
 public:
+    explicit EventLines(const Contents& contents) : m_contents(contents) {}
+
     unsigned char onVersion(const qxString& version) override { return line("Version", {&version}); }
     unsigned char onEncoding(const qxString& encoding) override { return line("Encoding", {&encoding}); }
 
@@ -82,14 +146,22 @@ public:
         return line("Comment", {&text}, level);
     }
 
+    unsigned char onDynamicType(const qxDynamicType& value, const qxString& name, unsigned int level) override
+    {
+        Text text;
+        value.asJSON(&text);
+        const qxString tag = value.getDynamicType();
+        return line("DynamicType", {&name, &tag}, text.bytes + " " + std::to_string(level));
+    }
+
     unsigned char onObject(qxObject*, const qxString& name, unsigned int level) override
     {
-        return line("Object", {&name}, level);
+        return line("Object", {&name}, quote(m_contents.getLast()) + " " + std::to_string(level));
     }
 
     unsigned char onCustomData(qxReference*, const qxString& name, unsigned int level) override
     {
-        return line("CustomData", {&name}, level);
+        return line("CustomData", {&name}, quote(m_contents.getLast()) + " " + std::to_string(level));
     }
 
 private:
@@ -108,19 +180,43 @@ private:
     {
         return line(call, texts, std::to_string(level));
     }
+
+    const Contents& m_contents;
 };
+
+/// A number of 32 bits, decimal or with 0x before it hexadecimal.
+unsigned int parseMask(const std::string& text)
+{
+    const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    const char* const begin = text.data() + (isHexadecimal ? 2 : 0);
+    const char* const end = text.data() + text.size();
+    unsigned int number = 0;
+    const auto result = std::from_chars(begin, end, number, isHexadecimal ? 16 : 10);
+    if (begin == end || result.ec != std::errc() || result.ptr != end)
+        throw qxUsageError("'" + text + "' is no mask");
+    return number;
+}
+
+qxStatus runXmlEvents(qxReport& report, const qxCommandLine& line)
+{
+    const Contents contents(line);
+    EventLines events(contents);
+    if (line.hasOption("--mask")) {
+        events.disableNotifyItemType(~0U);
+        events.enableNotifyItemType(parseMask(line.getOptionText("--mask")));
+    }
+    if (line.hasOption("--all")) events.enableNotifyItemType(~0U);
+    return readDocument(report, line.getArgumentText(0), events);
+}
 
 } // namespace
 
-qxStatus runXmlEvents(qxReport& report, const std::vector<std::string>& words)
+void declareXmlEvents(qxTool& tool)
 {
-    const qxOptions options(words, {{"--all", false}, {"--mask", true}});
-    if (options.getArguments().size() != 1) throw qxUsageError("xml events needs one file");
-    EventLines events;
-    if (const auto mask = options.get("--mask")) {
-        events.disableNotifyItemType(~0U);
-        events.enableNotifyItemType(parseMask(*mask));
-    }
-    if (options.has("--all")) events.enableNotifyItemType(~0U);
-    return readDocument(report, options.getArguments()[0], events);
+    tool.add("xml events", "prints the calls that the reader makes", runXmlEvents)
+        .addArgument("FILE", "the document")
+        .addOption("--all", "", "asks for every kind of call")
+        .addOption("--mask", "N", "asks for the kinds of a mask, decimal or with 0x hexadecimal")
+        .addOption("--object", "NAME", "elements qxObj of this name hold objects; again for more")
+        .addOption("--custom", "NAME", "elements NAME hold custom data; again for more");
 }

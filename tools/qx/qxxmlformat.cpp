@@ -2,7 +2,6 @@
 
 #include "qxcommands.h"
 #include "qxdocument.h"
-#include "qxoptions.h"
 
 #include <algorithm>
 #include <cstring>
@@ -67,20 +66,13 @@ void checkEncoding(const std::string& name)
         throw qxUsageError("'" + name + "' is no name of an encoding");
 }
 
-} // namespace
-
-qxStatus runXmlFormat(qxReport& report, const std::vector<std::string>& words)
+qxStatus runXmlFormat(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(
-        words,
-        {{"-o", true}, {"--plain", false}, {"--encoding", true}, {"--keep-space", false}, {"--trim", false}});
-    if (options.getArguments().size() != 1) throw qxUsageError("xml format needs one file");
-    const bool trims = options.has("--trim");
-    if (trims && options.has("--keep-space"))
+    const bool trims = line.hasOption("--trim");
+    if (trims && line.hasOption("--keep-space"))
         throw qxUsageError("--trim and --keep-space exclude each other");
-
-    const std::optional<std::string> encoding = options.get("--encoding");
-    if (encoding) checkEncoding(*encoding);
+    const bool isEncoded = line.hasOption("--encoding");
+    if (isEncoded) checkEncoding(line.getOptionText("--encoding"));
 
     qxDocument document;
     document.setReadIncludedXml(false);
@@ -89,10 +81,23 @@ qxStatus runXmlFormat(qxReport& report, const std::vector<std::string>& words)
         document.setMergeStandardReferences(false);
         document.setKeepMixedContent(true);
     }
-    const qxStatus status = readDocument(report, options.getArguments()[0], document);
+    const qxStatus status = readDocument(report, line.getArgumentText(0), document);
     if (status != qxStatus::DONE) return status;
-    if (!trims && !options.has("--keep-space")) dropLayout(document);
-    if (options.has("--plain")) document.setPlainOutput(true);
-    if (encoding) document.setEncoding(encoding->c_str());
-    return writeDocument(report, options.get("-o").value_or("-"), document);
+    if (!trims && !line.hasOption("--keep-space")) dropLayout(document);
+    if (line.hasOption("--plain")) document.setPlainOutput(true);
+    if (isEncoded) document.setEncoding(line.getOptionText("--encoding"));
+    return writeDocument(report, line.getOptionText("-o"), document);
+}
+
+} // namespace
+
+void declareXmlFormat(qxTool& tool)
+{
+    tool.add("xml format", "writes a document indented", runXmlFormat)
+        .addArgument("FILE", "the document")
+        .addOption("-o", "OUT", "the file for it", "-")
+        .addOption("--plain", "", "without indentation")
+        .addOption("--encoding", "NAME", "in this encoding; without it in its own")
+        .addOption("--keep-space", "", "drops no white space")
+        .addOption("--trim", "", "drops the white space around all text");
 }

@@ -2,7 +2,6 @@
 
 #include "qxcommands.h"
 #include "qxdocument.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 #include "qxxmlpath.h"
 
@@ -48,18 +47,18 @@ std::string valueOf(qxXmlItem& item, const qxXmlPath& path)
 }
 
 // False, after a line on standard error, when the path leads nowhere.
-bool printPath(qxReport& report, qxXmlDom& document, const qxXmlPath& path, const qxOptions& options)
+bool printPath(qxReport& report, qxXmlDom& document, const qxXmlPath& path, const qxCommandLine& line)
 {
     const std::vector<qxXmlItem*> found = findByPath(document, path);
-    if (options.has("--count")) writeOutput(std::to_string(found.size()) + "\n");
+    if (line.hasOption("--count")) writeOutput(std::to_string(found.size()) + "\n");
     if (found.empty()) {
         report.printNote("nothing found at '" + path.text + "'");
         return false;
     }
-    if (options.has("--count")) return true;
+    if (line.hasOption("--count")) return true;
     for (qxXmlItem* const item : found) {
         writeOutput(valueOf(*item, path) + "\n");
-        if (!options.has("--all")) break;
+        if (!line.hasOption("--all")) break;
     }
     return true;
 }
@@ -132,42 +131,51 @@ bool apply(qxReport& report, qxXmlDom& document, const Change& change)
     return element != nullptr;
 }
 
-} // namespace
-
-qxStatus runXmlGet(qxReport& report, const std::vector<std::string>& words)
+qxStatus runXmlGet(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"--count", false}, {"--all", false}});
-    const std::vector<std::string>& arguments = options.getArguments();
-    if (arguments.size() < 2) throw qxUsageError("xml get needs a file and a path");
-    const std::vector<qxXmlPath> paths(arguments.begin() + 1, arguments.end());
+    std::vector<qxXmlPath> paths;
+    for (const std::string& path : argumentsFrom(line, 1)) paths.emplace_back(path);
 
     qxDocument document;
     document.keepText();
-    qxStatus status = readDocument(report, arguments[0], document);
+    qxStatus status = readDocument(report, line.getArgumentText(0), document);
     if (status != qxStatus::DONE) return status;
     for (const qxXmlPath& path : paths) {
-        if (!printPath(report, document, path, options)) status = qxStatus::NO;
+        if (!printPath(report, document, path, line)) status = qxStatus::NO;
     }
     return status;
 }
 
-qxStatus runXmlSet(qxReport& report, const std::vector<std::string>& words)
+qxStatus runXmlSet(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"-o", true}});
-    const std::vector<std::string>& arguments = options.getArguments();
-    if (arguments.size() < 2) throw qxUsageError("xml set needs a file and a change");
     std::vector<Change> changes;
-    for (std::size_t i = 1; i < arguments.size(); ++i) changes.push_back(parseChange(arguments[i]));
+    for (const std::string& change : argumentsFrom(line, 1)) changes.push_back(parseChange(change));
 
+    const std::string file = line.getArgumentText(0);
     qxDocument document;
     document.keepText();
     document.keepLayout();
     document.setMergeStandardReferences(false); // what is not changed comes back as it was
     document.setReadIncludedXml(false);
-    const qxStatus status = readDocument(report, arguments[0], document);
+    const qxStatus status = readDocument(report, file, document);
     if (status != qxStatus::DONE) return status;
     for (const Change& change : changes) {
         if (!apply(report, document, change)) return qxStatus::NO;
     }
-    return writeDocument(report, options.get("-o").value_or(arguments[0]), document);
+    return writeDocument(report, line.getOptionText("-o", file.c_str()), document);
+}
+
+} // namespace
+
+void declareXmlGet(qxTool& tool)
+{
+    tool.add("xml get", "prints the text at a path", runXmlGet)
+        .addArgument("FILE", "the document")
+        .addArgument("PATH", "r/a, r/a[2], r/a[name=x], r/a/@name", QX_ARGUMENT_SOME)
+        .addOption("--count", "", "prints how many places there are")
+        .addOption("--all", "", "prints the text at each place; without it at the first");
+    tool.add("xml set", "changes texts and attributes", runXmlSet)
+        .addArgument("FILE", "the document")
+        .addArgument("PATH=TEXT", "what is to stand where; paths as for 'xml get'", QX_ARGUMENT_SOME)
+        .addOption("-o", "OUT", "the file for the changed document; without it FILE itself");
 }

@@ -2,7 +2,7 @@
 
 #include "qxxmlpath.h"
 
-#include "qxoptions.h"
+#include "qxusage.h"
 
 namespace
 {

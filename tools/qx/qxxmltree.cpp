@@ -2,7 +2,6 @@
 
 #include "qxcommands.h"
 #include "qxdocument.h"
-#include "qxoptions.h"
 #include "qxoutput.h"
 
 namespace
@@ -58,16 +57,22 @@ void printItems(qxXmlItem& root)
     }
 }
 
-} // namespace
-
-qxStatus runXmlTree(qxReport& report, const std::vector<std::string>& words)
+qxStatus runXmlTree(qxReport& report, const qxCommandLine& line)
 {
-    const qxOptions options(words, {{"--keep-space", false}, {"--no-merge", false}});
-    if (options.getArguments().size() != 1) throw qxUsageError("xml tree needs one file");
     qxDocument document;
-    if (options.has("--keep-space")) document.setSkipWhiteSpaceCharData(false);
-    if (options.has("--no-merge")) document.setMergeStandardReferences(false);
-    const qxStatus status = readDocument(report, options.getArguments()[0], document);
+    if (line.hasOption("--keep-space")) document.setSkipWhiteSpaceCharData(false);
+    if (line.hasOption("--no-merge")) document.setMergeStandardReferences(false);
+    const qxStatus status = readDocument(report, line.getArgumentText(0), document);
     if (status == qxStatus::DONE) printItems(document);
     return status;
+}
+
+} // namespace
+
+void declareXmlTree(qxTool& tool)
+{
+    tool.add("xml tree", "prints the items of the tree", runXmlTree)
+        .addArgument("FILE", "the document")
+        .addOption("--keep-space", "", "white space stays as it is")
+        .addOption("--no-merge", "", "references stay apart from text");
 }

@@ -50,14 +50,17 @@ void askForAll(qxArgumentParser& parser)
 void readDeclared(const qxArgumentParser& parser)
 {
     qxCommandLine line("prog", "does");
-    line.addOption("-v, --verbose", "", "tells more").addOption("--long", "one|two", "how");
+    line.addOption("-v, --verbose", "", "tells more").addOption("--long", "one|two", "how", "two");
+    line.addQuestion("--version", "", "which").addHeading("Files");
     line.addCommand("add", "adds").addOption("-x", "X", "what").addArgument("FILE", "which", QX_ARGUMENT_ANY);
     line.addCommand("prog", "again").addCommand("file", "one").addArgument("A", "first");
     const bool fits = line.parse(parser);
     const qxString error = line.getError();
     require(fits == error.isEmpty());
     require(error.find('\n') == error.length() && error.length() < 2000);
-    for (unsigned int i = 0; i < line.getArgumentCount(); ++i) line.getArgument(i);
+    require(std::strlen(line.getOptionText("--long")) == 3);
+    for (unsigned int i = 0; i < line.getArgumentCount(); ++i)
+        require(line.getArgument(i).length() >= std::strlen(line.getArgumentText(i)));
 }
 
 } // namespace

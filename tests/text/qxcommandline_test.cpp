@@ -17,7 +17,7 @@ public:
         addOption("-f, --file", "FILE", "the list; without it the one of the user");
         addQuestion("--version", "", "tells the version");
         addHeading("Books");
-        addCommand("book", "Changes and shows books.");
+        addCommand("book", "changes and shows books");
         addCommand("book add", "enters books")
             .addOption("--kind", "novel|poems|essay", "what they are", "novel")
             .addOption("-q", "", "says nothing")
@@ -149,7 +149,7 @@ TEST(qxCommandLine, writesHelp)
               "  --version        tells the version\n"
               "\n'shelf COMMAND --help' tells more of a command.\n");
     EXPECT_EQ(bytesOf(shelf.getHelp("book add")),
-              "usage: shelf book add TITLE… [--kind novel|poems|essay] [-q]\n\nenters books\n"
+              "usage: shelf book add TITLE… [--kind novel|poems|essay] [-q] [--file FILE]\n\nenters books\n"
               "\nArguments:\n"
               "  TITLE…  what stands on the cover\n"
               "\nOptions:\n"
@@ -157,11 +157,12 @@ TEST(qxCommandLine, writesHelp)
               "  -q                        says nothing\n"
               "  -h, --help                shows this help\n"
               "  -f, --file FILE           the list; without it the one of the user\n");
-    EXPECT_EQ(bytesOf(shelf.getHelp("list")), "usage: shelf list\n\nprints all books\n\nOne line a book.\n"
-                                              "\nOptions:\n"
-                                              "  -h, --help       shows this help\n"
-                                              "  -f, --file FILE  the list; without it the one of the user\n"
-                                              "\nStatus: 0.\n");
+    EXPECT_EQ(bytesOf(shelf.getHelp("list")),
+              "usage: shelf list [--file FILE]\n\nprints all books\n\nOne line a book.\n"
+              "\nOptions:\n"
+              "  -h, --help       shows this help\n"
+              "  -f, --file FILE  the list; without it the one of the user\n"
+              "\nStatus: 0.\n");
     EXPECT_STREQ(shelf.getHelp("book buy"), "");
 }
 

@@ -16,9 +16,9 @@ namespace
 const char DESCRIPTION[] = R"(Data goes to standard output, everything else to standard error.
 FILE "-" is standard input, OUT "-" standard output. Options stand anywhere; "--" ends them.)";
 
-const char FOOTER[] =
-    R"(Exit status: 0 done, 1 the answer is no, 2 wrong usage, 3 input malformed, 4 cannot open, read or
-write, 5 a limit was met, 70 fatal error, 130 interrupted.)";
+const char FOOTER[] = "Exit status: 0 done, 1 the answer is no, 2 wrong usage, 3 input malformed, 4 cannot "
+                      "open, read or write, "
+                      "5 a limit was met, 70 fatal error, 130 interrupted.";
 
 /// `error`, and where the help on what was read last is to be had.
 std::string withHint(const std::string& error, const qxTool& tool)
@@ -52,7 +52,7 @@ qxTool::qxTool()
     addQuestion("--completion", "", "prints what bash is to read so that it completes commands and options");
 
     addHeading("XML documents");
-    addCommand("xml", "Reads, searches, changes and writes XML documents.");
+    addCommand("xml", "reads, searches, changes and writes XML documents");
     declareXmlCheck(*this);
     declareXmlEvents(*this);
     declareXmlTree(*this);

@@ -194,7 +194,7 @@ const char TYPES[] = R"(A TYPE is one of u8 u16 u32 u64 f32 f64 varint str guid 
 
 void declareBin(qxTool& tool)
 {
-    tool.addCommand("bin", "Packs values and shows packed ones.");
+    tool.addCommand("bin", "packs values and shows packed ones");
     tool.add("bin pack", "writes the bytes of values", runBinPack)
         .addArgument("TYPE=VALUE", "the values, one behind the other", QX_ARGUMENT_SOME)
         .addOption("-o", "OUT", "the file for the bytes", "-")

@@ -31,6 +31,9 @@
 ///             .addArgument("TEXT", "what is printed")
 ///             .addOption("--times", "N", "how often", "1");
 ///     }
+///
+/// A group is declared by tool.addCommand("group", "SUMMARY"), and its commands by tool.add("group name", ...); options of
+/// the group are for all of them.
 class qxTool : public qxCommandLine
 {
 public:

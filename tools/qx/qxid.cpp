@@ -97,7 +97,7 @@ qxStatus runIdShow(qxReport&, const qxCommandLine& line)
 
 void declareId(qxTool& tool)
 {
-    tool.addCommand("id", "Makes identifiers and takes them apart.");
+    tool.addCommand("id", "makes identifiers and takes them apart");
     tool.add("id new", "makes identifiers", runIdNew)
         .addOption("-n", "N", "how many", "1")
         .addOption("--v1", "", "from the time, the thread and the machine, as without an option")

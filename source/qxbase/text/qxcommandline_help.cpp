@@ -138,10 +138,10 @@ std::string usageOf(const qxCommandParts& command, const std::string& program)
     const std::string call = callOf(command);
     if (!call.empty()) usage += " " + call;
     std::string lines;
-    for (const qxCommandParts::Option& option : command.options) {
-        if (option.isNamed("--help")) continue;
+    for (const qxCommandParts::Option* const option : command.getAllOptions()) {
+        if (option->isNamed("--help")) continue;
         const std::string text =
-            "[" + option.getName() + (option.value.empty() ? "" : " " + option.value) + "]";
+            "[" + option->getName() + (option->value.empty() ? "" : " " + option->value) + "]";
         if (widthOf(usage) + 1 + widthOf(text) > WIDTH) {
             lines += usage + "\n";
             usage = std::string(INDENT - 1, ' ');

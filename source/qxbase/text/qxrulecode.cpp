@@ -25,3 +25,9 @@ qxRulePlace qxRuleCode::placeOf(unsigned int begin, unsigned int place, unsigned
     found.rest = behind.substr(0, behind.find_first_of("\r\n"));
     return found;
 }
+
+const qxRuleEntry& qxRuleCode::ruleAt(unsigned int place) const
+{
+    const auto isBefore = [](unsigned int where, const qxRuleEntry& rule) { return where < rule.begin; };
+    return *(std::upper_bound(rules.begin(), rules.end(), place, isBefore) - 1); // they stand in order
+}

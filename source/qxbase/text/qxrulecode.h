@@ -96,6 +96,9 @@ struct qxRuleCode {
     /// Null when there is no such rule.
     const qxRuleEntry* findRule(std::string_view name) const;
 
+    /// The rule whose body holds a place.
+    const qxRuleEntry& ruleAt(unsigned int place) const;
+
     std::string_view textOf(const qxRuleNode& node) const
     {
         return std::string_view(text).substr(node.begin, node.end - node.begin);

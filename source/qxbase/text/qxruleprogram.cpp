@@ -53,6 +53,7 @@ qxRuleProgram::qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& fu
     else
         startAnywhere();
     makeEntrances();
+    findLastCalls();
 }
 
 qxRuleTarget qxRuleProgram::find(std::string_view name) const
@@ -140,7 +141,7 @@ qxRuleOperation qxRuleProgram::makeOperation(unsigned int index) const
     } else {
         const bool isRule = node.kind == qxRuleNode::CALL && m_targets[node.value].kind == qxRuleTarget::RULE;
         operation.isOptional = node.min == 0 && node.max == 1 && !node.isCounted;
-        if (isRule) operation.index = m_targets[node.value].index;
+        if (isRule) operation.index = m_code.rules[m_targets[node.value].index].body;
         if (node.kind == qxRuleNode::CALL) operation.function = m_targets[node.value].function;
         if (node.isRepeated() && !(operation.isOptional && (isRule || node.kind == qxRuleNode::GROUP)))
             operation.kind = Operation::REPETITION;
@@ -375,6 +376,23 @@ void qxRuleProgram::makeEntrances()
             entrance.choice = &m_tables.back();
         }
         m_entrances.push_back(entrance);
+    }
+}
+
+/// Marks the calls at the ends of alternatives. Not those of rules that go in circles, which are noticed by their frames,
+/// and not where a fault would be met when the alternative fails.
+void qxRuleProgram::findLastCalls()
+{
+    for (const qxRuleBody& body : m_code.bodies) {
+        if (m_circles[body.rule]) continue;
+        for (unsigned int a = body.first; a != NONE; a = m_code.alternatives[a].next) {
+            const qxRuleAlternative& alternative = m_code.alternatives[a];
+            qxRuleOperation& last = m_operations[alternative.last];
+            const bool isCall = last.kind == qxRuleOperation::RULE || last.kind == qxRuleOperation::GROUP;
+            if (!isCall || alternative.holdsFault || m_circles[m_code.bodies[last.index].rule]) continue;
+            last.isLast = true;
+            last.isAll = alternative.first == alternative.last;
+        }
     }
 }
 

@@ -72,8 +72,11 @@ struct qxRuleOperation {
     };
     Kind kind = FAULT;
     bool isOptional = false;
+    bool isLast =
+        false; ///< RULE and GROUP: of an alternative, and what is called may take over the frame of its body
+    bool isAll = false;                      ///< such a one that is also the first
     char16_t token = 0;                      ///< TOKEN
-    unsigned int index = 0;                  ///< RULE: of the rule; GROUP: of the body
+    unsigned int index = 0;                  ///< RULE and GROUP: of the body; FUNCTION: of the name
     unsigned int next = qxRuleNode::NONE;    ///< in the alternative
     const qxCharSet* set = nullptr;          ///< SET and SETS
     const std::u16string* literal = nullptr; ///< LITERAL
@@ -152,6 +155,7 @@ private:
     qxRuleStart startOf(const qxRuleNode& node) const;
     void startAnywhere();
     void makeEntrances();
+    void findLastCalls();
     bool makeChoice(unsigned int body, qxRuleChoice& choice) const;
 
     const qxRuleCode& m_code;

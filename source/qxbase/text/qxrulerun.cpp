@@ -52,12 +52,19 @@ qxParseResult qxRuleRun::run(const char* name)
     // Whatever a function raises, the stack is as it was.
     struct Guard {
         qxRuleRun& run;
-        const std::size_t base;
-        explicit Guard(qxRuleRun& owner) : run(owner), base(owner.m_frames.size()) { ++run.m_runs; }
+        const std::size_t outerBase;
+        explicit Guard(qxRuleRun& owner)
+            : run(owner), outerBase(std::exchange(owner.m_base, owner.m_frames.size()))
+        {
+            ++run.m_runs;
+        }
         ~Guard()
         {
-            run.dropFrames(base);
-            if (--run.m_runs == 0) run.m_frames.shrink(FRAMES_KEPT);
+            run.dropFrames(run.m_base);
+            run.m_base = outerBase;
+            if (--run.m_runs > 0) return;
+            run.m_frames.shrink(FRAMES_KEPT);
+            run.m_callers.shrink(FRAMES_KEPT);
         }
     };
     if (m_runs == 0) {
@@ -77,28 +84,26 @@ qxParseResult qxRuleRun::run(const char* name)
 
 qxParseResult qxRuleRun::runTarget(const char* name)
 {
-    const std::size_t base = m_frames.size();
     const qxRuleTarget target = m_program->find(name);
-    Outcome outcome = OPENED;
-    if (target.kind == qxRuleTarget::RULE)
-        outcome = enterRule(target.index, NONE, false);
-    else
-        outcome = callFunction(target, name, NONE);
-    if (outcome == OPENED) outcome = runFrames(base);
+    if (target.kind != qxRuleTarget::RULE)
+        return static_cast<qxParseResult>(callFunction(target, name, NONE));
+    Entry entry{m_code->rules[target.index].body, NONE, true, false, false, NONE, depthOfRules()};
+    Outcome outcome = enterBody(entry);
+    if (outcome == OPENED) outcome = runFrames();
     return static_cast<qxParseResult>(outcome);
 }
 
-/// Runs until the frames above `base` are finished.
-qxRuleRun::Outcome qxRuleRun::runFrames(std::size_t base)
+/// Runs until the frames of this run are finished.
+qxRuleRun::Outcome qxRuleRun::runFrames()
 {
     for (;;) {
         Outcome outcome = evaluateTop();
         while (outcome != OPENED) {
             if (outcome == ERROR) {
-                unwind(base);
+                unwind();
                 return ERROR;
             }
-            if (m_frames.size() == base) return outcome;
+            if (m_frames.size() == m_base) return outcome;
             outcome = deliver(outcome);
         }
     }
@@ -159,7 +164,7 @@ inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
         break;
     case Operation::BUILTIN:
         outcome = matchBuiltin(operation.function);
-        if (outcome == ERROR) wrapError(m_frames.size(), node);
+        if (outcome == ERROR) wrapError(node);
         break;
     case Operation::SIMPLE:
         outcome = matchSimple(nodeAt(node));
@@ -170,12 +175,11 @@ inline qxRuleRun::Outcome qxRuleRun::evaluate(unsigned int node)
         return evaluateMark(1); // what stands behind an element that failed is only read past
     case Operation::FUNCTION:
         outcome = callOwner(operation.function, operation.function ? "" : m_code->names[operation.index]);
-        if (outcome == ERROR) wrapError(m_frames.size(), node);
+        if (outcome == ERROR) wrapError(node);
         break;
     case Operation::RULE:
-        return enterRule(operation.index, node, operation.isOptional);
     case Operation::GROUP:
-        return openGroup(operation.index, node, operation.isOptional);
+        return operation.isLast ? enterLast(operation, node) : enter(operation, node);
     case Operation::REPETITION:
         return openRepetition(node);
     case Operation::EXCLUSION:
@@ -194,7 +198,7 @@ qxRuleRun::Outcome qxRuleRun::evaluateTraced(unsigned int node)
     const qxRuleNode& element = nodeAt(node);
     if (!element.isRepeated()) return evaluateOnce(node);
     if (m_operations[node].isOptional && element.kind == qxRuleNode::GROUP)
-        return openGroup(element.value, node, true);
+        return enter(m_operations[node], node);
     return openRepetition(node);
 }
 
@@ -208,11 +212,11 @@ qxRuleRun::Outcome qxRuleRun::evaluateOnce(unsigned int node)
         return evaluateMark(element.kind == qxRuleNode::MARK ? 0 : 1);
     case qxRuleNode::CALL: {
         const qxRuleTarget& target = m_program->getTarget(element.value);
-        if (target.kind == qxRuleTarget::RULE) return enterRule(target.index, node, false);
+        if (target.kind == qxRuleTarget::RULE) return enterOnce(m_code->rules[target.index].body, node, true);
         return callFunction(target, m_code->names[element.value], node);
     }
     case qxRuleNode::GROUP:
-        return openGroup(element.value, node, false);
+        return enterOnce(element.value, node, false);
     case qxRuleNode::FAULT:
         return evaluateFault(node);
     case qxRuleNode::EXCLUSION:
@@ -361,21 +365,102 @@ unsigned int qxRuleRun::findLaterAlternative(const Frame& frame, unsigned int al
     return alternative;
 }
 
-inline qxRuleRun::Outcome qxRuleRun::enterRule(unsigned int rule, unsigned int caller, bool isOptional)
+/// Enters the rule or group that an element names, whatever its suffix.
+qxRuleRun::Outcome qxRuleRun::enterOnce(unsigned int body, unsigned int node, bool isRule)
 {
-    const unsigned int body = m_code->rules[rule].body;
-    if (m_isTracing) trace("Parsing Rule     : %s%s(Line:%d,Col:%d)", ruleName(rule));
-    bool isAlone = false;
-    const unsigned int alternative = chooseAlternative(body, isAlone);
-    if (alternative == NONE) return refuseBody(body, caller, isOptional);
-    openBody(body, alternative, isAlone, isOptional);
-    Frame& frame = m_frames.back();
-    frame.isRule = true;
-    frame.caller = caller;
-    ++m_depth;
-    if (m_frames.size() > m_maxDepth)
-        return raiseLimit("Rules nested too deeply in rule '%s' at (Line:%d,Col:%d) -> %s");
-    return m_entrances[body].closesCircle ? enterCircle(rule) : OPENED;
+    Entry entry{body, node, isRule, false, false, NONE, depthOfRules()};
+    return enterBody(entry);
+}
+
+inline qxRuleRun::Outcome qxRuleRun::enter(const qxRuleOperation& operation, unsigned int node)
+{
+    const bool isRule = operation.kind == qxRuleOperation::RULE;
+    Entry entry{operation.index, node, isRule, operation.isOptional, false, NONE, depthOfRules()};
+    return enterBody(entry);
+}
+
+inline qxRuleRun::Outcome qxRuleRun::enterBody(Entry& entry)
+{
+    return chooseBody(entry) ? openBody(entry) : refuseBody(entry);
+}
+
+/// The same for the last element of an alternative, whose result is that of the body.
+inline qxRuleRun::Outcome qxRuleRun::enterLast(const qxRuleOperation& operation, unsigned int node)
+{
+    const bool isRule = operation.kind == qxRuleOperation::RULE;
+    Entry entry{operation.index, node, isRule, operation.isOptional, false, NONE, depthOfRules()};
+    if (!chooseBody(entry)) return refuseBody(entry);
+    if (m_isTracing || !isCertain(m_frames.back())) return openBody(entry);
+    if (entry.isOptional) {
+        entry.depth = dropCertainFrames();
+        return openBody(entry);
+    }
+    if (!entry.isAlone) return openBody(entry);
+    Frame& frame = m_frames.back(); // when the call fails, so does this body
+    frame.index = entry.body;
+    frame.alternative = entry.alternative;
+    frame.node = m_alternatives[entry.alternative].first;
+    return m_callers.size() > m_maxDepth ? raiseDepth() : OPENED;
+}
+
+/// Whether the result of the frame is that of the element which it waits for, when that matches.
+inline bool qxRuleRun::isCertain(const Frame& frame) const
+{
+    return frame.kind == Frame::BODY && frame.isAlone && frame.winner == NONE &&
+           m_operations[frame.node].isLast;
+}
+
+/// Drops the frame on top, which is certain to match, and those below that wait for nothing else. Returns how many
+/// calls of rules were around them.
+inline unsigned int qxRuleRun::dropCertainFrames()
+{
+    unsigned int depth = 0;
+    do {
+        depth = m_frames.back().depth;
+        m_frames.pop_back();
+    } while (m_frames.size() > m_base && isCertain(m_frames.back()));
+    m_stated = std::min(m_stated, m_frames.size());
+    return depth;
+}
+
+/// Finds where the body begins to run; passes through bodies that do nothing but enter another one. False when no
+/// alternative can match.
+inline bool qxRuleRun::chooseBody(Entry& entry)
+{
+    for (;;) {
+        if (entry.isRule) {
+            if (m_isTracing)
+                trace("Parsing Rule     : %s%s(Line:%d,Col:%d)", ruleName(m_bodies[entry.body].rule));
+            m_callers.push() = entry.node;
+        }
+        entry.alternative = chooseAlternative(entry.body, entry.isAlone);
+        if (entry.alternative == NONE) {
+            m_callers.cut(entry.depth);
+            return false;
+        }
+        const unsigned int first = m_alternatives[entry.alternative].first;
+        const qxRuleOperation& operation = m_operations[first];
+        if (!operation.isAll || !entry.isAlone || m_isTracing) return true;
+        spendSteps(1);
+        entry.node = first;
+        entry.isRule = operation.kind == qxRuleOperation::RULE;
+        entry.isOptional |= operation.isOptional;
+        entry.body = operation.index;
+    }
+}
+
+inline qxRuleRun::Outcome qxRuleRun::openBody(const Entry& entry)
+{
+    Frame& frame = pushFrame(Frame::BODY, entry.body);
+    frame.isRule = entry.isRule;
+    frame.isOptional = entry.isOptional;
+    frame.isAlone = entry.isAlone;
+    frame.depth = entry.depth;
+    frame.alternative = entry.alternative;
+    frame.node = m_alternatives[entry.alternative].first;
+    if (std::max(m_frames.size(), m_callers.size()) > m_maxDepth) return raiseDepth();
+    return entry.isRule && m_entrances[entry.body].closesCircle ? enterCircle(m_bodies[entry.body].rule)
+                                                                : OPENED;
 }
 
 /// For the rule in the frame on top, which may have called itself before anything was taken.
@@ -390,33 +475,14 @@ qxRuleRun::Outcome qxRuleRun::enterCircle(unsigned int rule)
     return isEndless ? raiseLimit("Left recursion in rule '%s' at (Line:%d,Col:%d) -> %s") : OPENED;
 }
 
-inline qxRuleRun::Outcome qxRuleRun::openGroup(unsigned int body, unsigned int node, bool isOptional)
+/// A body of which no alternative can match.
+qxRuleRun::Outcome qxRuleRun::refuseBody(const Entry& entry)
 {
-    bool isAlone = false;
-    const unsigned int alternative = chooseAlternative(body, isAlone);
-    if (alternative == NONE) return refuseBody(body, node, isOptional);
-    return openBody(body, alternative, isAlone, isOptional);
-}
-
-inline qxRuleRun::Outcome qxRuleRun::openBody(unsigned int body, unsigned int alternative, bool isAlone,
-                                              bool isOptional)
-{
-    Frame& frame = pushFrame(Frame::BODY, body);
-    frame.isOptional = isOptional;
-    frame.isAlone = isAlone;
-    frame.alternative = alternative;
-    frame.node = m_alternatives[alternative].first;
-    return OPENED;
-}
-
-/// A body of which no alternative can match; `node` is what called it, NONE for nobody.
-qxRuleRun::Outcome qxRuleRun::refuseBody(unsigned int body, unsigned int node, bool isOptional)
-{
-    if (node != NONE)
-        noteFailure(node);
+    if (entry.node != NONE)
+        noteFailure(entry.node);
     else
-        noteAlternatives(m_bodies[body].first, NONE);
-    return isOptional ? OK : NO_MATCH;
+        noteAlternatives(m_bodies[entry.body].first, NONE);
+    return entry.isOptional ? OK : NO_MATCH;
 }
 
 qxRuleRun::Outcome qxRuleRun::openRepetition(unsigned int node)
@@ -437,9 +503,9 @@ inline qxRuleRun::Outcome qxRuleRun::finishBody(Outcome outcome)
     const Frame& frame = m_frames.back();
     if (outcome == NO_MATCH && frame.isOptional) outcome = OK;
     if (frame.isRule) {
-        const unsigned int rule = m_bodies[frame.index].rule;
         if (m_isTracing)
-            traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s", ruleName(rule), outcome);
+            traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s",
+                      ruleName(m_bodies[frame.index].rule), outcome);
         m_parser.reportProgress();
     }
     popFrame();
@@ -531,7 +597,7 @@ qxRuleRun::Outcome qxRuleRun::callFunction(const qxRuleTarget& target, std::stri
     const Outcome outcome = isBuiltin ? matchBuiltin(target.function) : callOwner(target.function, name);
     if (m_isTracing) traceExit("Exit Function    : %s%s(Line:%d,Col:%d)\tResult:%s", name, outcome);
     if (outcome == NO_MATCH && node != NONE) noteFailure(node);
-    if (outcome == ERROR && node != NONE) wrapError(m_frames.size(), node);
+    if (outcome == ERROR && node != NONE) wrapError(node);
     return outcome;
 }
 
@@ -562,6 +628,7 @@ inline qxRuleRun::Frame& qxRuleRun::pushFrame(Frame::Kind kind, unsigned int ind
     frame.kind = kind;
     frame.isRule = frame.isOptional = frame.isAlone = frame.isSecond = false;
     frame.index = index;
+    frame.depth = depthOfRules();
     frame.count = 0;
     frame.marks = static_cast<unsigned int>(m_marks.getHeight());
     frame.calls = m_calls;
@@ -573,11 +640,9 @@ inline qxRuleRun::Frame& qxRuleRun::pushFrame(Frame::Kind kind, unsigned int ind
 inline void qxRuleRun::popFrame()
 {
     const Frame& frame = m_frames.back();
-    if (frame.isRule) {
-        if (m_entrances[frame.index].closesCircle)
-            m_activations[m_bodies[frame.index].rule] = {frame.middle, frame.count};
-        --m_depth;
-    }
+    if (frame.isRule && m_entrances[frame.index].closesCircle)
+        m_activations[m_bodies[frame.index].rule] = {frame.middle, frame.count};
+    m_callers.cut(frame.depth);
     m_frames.pop_back();
     m_stated = std::min(m_stated, m_frames.size());
 }

@@ -16,7 +16,9 @@
 ///
 /// What is open in a run lies in frames on a stack of its own, so that neither deep rules nor long lists use up the
 /// stack of the thread. A frame remembers where the input, the marks and what functions keep stood when it began; going
-/// back there costs what has changed since.
+/// back there costs what has changed since. Frames that have nothing left to do but pass a result on are not kept: a
+/// body that consists of a call is never opened, the last call of a body takes over its frame, and when such a call is
+/// optional, all frames go that wait for nothing else. Of them remain the places of the calls, for errors.
 ///
 /// All alternatives are run, in order, and the first one that matched counts. The others can only be told from what
 /// functions of the owner do, so that
@@ -78,7 +80,7 @@ private:
         unsigned int index; // BODY: of the body; else of the node
         unsigned int node;  // BODY: the current one
         unsigned int alternative;
-        unsigned int caller; // BODY of a rule: the node that called it
+        unsigned int depth;  // calls of rules around it
         unsigned int count;  // REPETITION: matches; BODY of a rule: calls at its activation around this one
         unsigned int marks;  // height of the queue when it began
         unsigned int calls;  // of functions of the owner when it began
@@ -100,6 +102,17 @@ private:
         qxUInt64 state;     // of the owner
     };
 
+    /// A body that is about to be opened.
+    struct Entry {
+        unsigned int body;
+        unsigned int node; // which names it; NONE for nobody
+        bool isRule;
+        bool isOptional;
+        bool isAlone;
+        unsigned int alternative; // the first one to run
+        unsigned int depth;       // calls of rules around it
+    };
+
     /// A rule that is being run: where it was entered last.
     struct Activation {
         qxUInt64 position = NOWHERE;
@@ -116,7 +129,7 @@ private:
 
     // The loop
     qxParseResult runTarget(const char* name);
-    Outcome runFrames(std::size_t base);
+    Outcome runFrames();
     Outcome evaluate(unsigned int node);
     Outcome evaluateTop();
     Outcome evaluateFactor(const Frame& frame);
@@ -133,8 +146,13 @@ private:
     unsigned int chooseAlternative(unsigned int body, bool& isAlone);
     unsigned int findAlternative(unsigned int alternative);
     unsigned int findLaterAlternative(const Frame& frame, unsigned int alternative) const;
-    Outcome enterRule(unsigned int rule, unsigned int caller, bool isOptional);
-    Outcome openGroup(unsigned int body, unsigned int node, bool isOptional);
+    Outcome enter(const qxRuleOperation& operation, unsigned int node);
+    Outcome enterOnce(unsigned int body, unsigned int node, bool isRule);
+    Outcome enterLast(const qxRuleOperation& operation, unsigned int node);
+    Outcome enterBody(Entry& entry);
+    bool chooseBody(Entry& entry);
+    unsigned int dropCertainFrames();
+    bool isCertain(const Frame& frame) const;
     Outcome openRepetition(unsigned int node);
     Outcome finishBody(Outcome outcome);
     Outcome finishRepetition(bool isMatch);
@@ -143,8 +161,8 @@ private:
     const qxRuleStart* startOf(const qxRuleNode& element) const;
     Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);
     Outcome callOwner(qxParserFunction function, std::string_view name);
-    Outcome refuseBody(unsigned int body, unsigned int node, bool isOptional);
-    Outcome openBody(unsigned int body, unsigned int alternative, bool isAlone, bool isOptional);
+    Outcome refuseBody(const Entry& entry);
+    Outcome openBody(const Entry& entry);
     Outcome enterCircle(unsigned int rule);
     Frame& pushFrame(Frame::Kind kind, unsigned int index);
     void popFrame();
@@ -190,10 +208,12 @@ private:
     unsigned int firstOf(unsigned int alternative) const;
     Outcome raise(const char* format, unsigned int rule, unsigned int place);
     Outcome raiseLimit(const char* format);
-    void unwind(std::size_t base);
-    void wrapError(std::size_t frame, unsigned int node);
+    Outcome raiseDepth();
+    void unwind();
+    void wrapError(unsigned int node);
     void trace(const char* format, std::string_view name);
     void traceExit(const char* format, std::string_view name, Outcome outcome);
+    unsigned int depthOfRules() const { return static_cast<unsigned int>(m_callers.size()); }
     std::string_view ruleName(unsigned int rule) const { return m_code->names[m_code->rules[rule].name]; }
     qxUInt64 position() const { return m_parser.getTokenPos(); }
     const qxRuleNode& nodeAt(unsigned int index) const { return m_code->nodes[index]; }
@@ -211,7 +231,8 @@ private:
 
     qxRuleStack<Frame> m_frames;
     std::vector<Activation> m_activations; // one a rule
-    unsigned int m_depth = 0;              // of rules
+    qxRuleStack<unsigned int> m_callers;   // nodes that called the rules that are open; NONE for nobody
+    std::size_t m_base = 0;                // of the frames of the innermost run
     unsigned int m_runs = 0;               // that are under way, one inside the other
 
     qxMarkQueue m_marks;

@@ -50,7 +50,7 @@ qxString qxRuleRun::getExpected() const
 
 void qxRuleRun::setMark(unsigned char flag)
 {
-    m_marks.add({static_cast<unsigned int>(position()), m_depth, flag});
+    m_marks.add({static_cast<unsigned int>(position()), depthOfRules(), flag});
 }
 
 bool qxRuleRun::takeMark(qxParserMark& mark)
@@ -115,45 +115,51 @@ qxRuleRun::Outcome qxRuleRun::raiseLimit(const char* format)
     return raise(format, m_code->bodies[m_frames[i].index].rule, nodeAt(m_frames[i].node).begin);
 }
 
-/// Closes the frames above `base` after an error, which gets the place of each call that it passes through.
-void qxRuleRun::unwind(std::size_t base)
+qxRuleRun::Outcome qxRuleRun::raiseDepth()
 {
-    while (m_frames.size() > base) {
+    return raiseLimit("Rules nested too deeply in rule '%s' at (Line:%d,Col:%d) -> %s");
+}
+
+/// Closes the frames of this run after an error, which gets the place of each call that it passes through.
+void qxRuleRun::unwind()
+{
+    while (m_frames.size() > m_base) {
         const Frame frame = m_frames.back();
         if (frame.isRule && m_isTracing)
             traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s",
                       ruleName(m_code->bodies[frame.index].rule), ERROR);
+        for (; m_callers.size() > frame.depth; m_callers.pop_back()) wrapError(m_callers.back());
         dropFrames(m_frames.size() - 1);
-        if (frame.isRule && frame.caller != NONE) wrapError(m_frames.size(), frame.caller);
     }
 }
 
-/// A function or rule that was called at `node` returned an error: says where. `frames` are those around the call.
-void qxRuleRun::wrapError(std::size_t frames, unsigned int node)
+/// A function or rule that was called at `node` returned an error: says where.
+void qxRuleRun::wrapError(unsigned int node)
 {
-    if (m_errorPlace == NONE) m_errorPlace = nodeAt(node).begin;
+    if (node == NONE) return;
+    const unsigned int begin = nodeAt(node).begin;
+    if (m_errorPlace == NONE) m_errorPlace = begin;
     const qxString inner = m_parser.getErrorText();
     if (m_hasReachedLimit || inner.length() > LONGEST_ERROR) return;
-    while (frames > 0 && m_frames[frames - 1].kind != Frame::BODY) --frames;
-    if (frames == 0) return;
-    const unsigned int rule = m_code->bodies[m_frames[frames - 1].index].rule;
-    const qxRulePlace found = m_code->placeIn(m_code->rules[rule], nodeAt(node).begin);
+    const qxRuleEntry& rule = m_code->ruleAt(begin);
+    const qxRulePlace found = m_code->placeIn(rule, begin);
     const qxString error = qxString::str("Parse Error:'%s' in rule '%s' at (Line:%d,Col:%d) -> %s", inner,
-                                         qxPieceOf(ruleName(rule), LONGEST_NAME), found.line, found.column,
-                                         qxPieceOf(found.rest, LONGEST_REST));
+                                         qxPieceOf(m_code->names[rule.name], LONGEST_NAME), found.line,
+                                         found.column, qxPieceOf(found.rest, LONGEST_REST));
     if (error.length() <= LONGEST_ERROR) m_parser.setErrorText(error);
 }
 
 void qxRuleRun::trace(const char* format, std::string_view name)
 {
-    qxMessage::message(QX_LEVEL_DEBUG, format, qxString::spaces(std::min(2 * m_depth, DEEPEST_INDENT)),
+    qxMessage::message(QX_LEVEL_DEBUG, format, qxString::spaces(std::min(2 * depthOfRules(), DEEPEST_INDENT)),
                        qxPieceOf(name, LONGEST_NAME), m_parser.getLine(), m_parser.getColumn());
 }
 
 void qxRuleRun::traceExit(const char* format, std::string_view name, Outcome outcome)
 {
     const auto result = static_cast<qxParseResult>(outcome);
-    const unsigned int depth = m_depth - std::min(m_depth, format[5] == 'R' ? 1U : 0U); // as at the entry
+    const unsigned int open = depthOfRules();
+    const unsigned int depth = open - std::min(open, format[5] == 'R' ? 1U : 0U); // as at the entry
     qxMessage::message(QX_LEVEL_DEBUG, format, qxString::spaces(std::min(2 * depth, DEEPEST_INDENT)),
                        qxPieceOf(name, LONGEST_NAME), m_parser.getLine(), m_parser.getColumn(),
                        qxBasicParser::parseResultString(result));

@@ -17,6 +17,9 @@ public:
     T& operator[](std::size_t index) { return m_items[index]; }
     void pop_back() { --m_size; }
 
+    /// Drops what lies above the lowest `size`.
+    void cut(std::size_t size) { m_size = size; }
+
     T& push()
     {
         if (m_size == m_capacity) grow();

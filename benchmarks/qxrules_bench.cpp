@@ -86,9 +86,9 @@ public:
 private:
     qxParseResult fNum()
     {
-        qxString text;
-        if (!takeMarkedText(text)) return QX_PARSE_ERROR;
-        m_total += static_cast<std::uint64_t>(text.real() * 4);
+        double number = 0.0;
+        if (!takeMarkedNumber(number)) return QX_PARSE_ERROR;
+        m_total += static_cast<std::uint64_t>(number * 4);
         return QX_PARSE_OK;
     }
     qxParseResult fOther()

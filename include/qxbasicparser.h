@@ -234,6 +234,9 @@ public:
     /// the input. False, with the error of getTokenData, when there is no such text.
     bool takeMarkedText(qxString& text);
 
+    /// The same for a number, which is read as by qxString::real, and is 0 where there is none.
+    bool takeMarkedNumber(double& number);
+
     // What a run may cost
 
     /// Steps that a run may take, besides 1,000 for each token that it reached; at first 100,000,000. Each element of a
@@ -404,6 +407,7 @@ private:
     void addFunction(const char* name, qxParseResult (qxBasicParser::*function)());
     bool refuseWhenRunning();
     bool readTokenData(qxUInt64 position, unsigned int count, qxString& text);
+    bool takeMarkedTokens(qxUInt64& position, unsigned int& count);
     bool rewindTo(qxUInt64 position);
     char16_t getNextTokenSlowly(bool skipWhiteSpace);
     char16_t peekSlowly(unsigned int offset);

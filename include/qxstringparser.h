@@ -82,6 +82,7 @@ protected:
     struct Strings;
 
 private:
+    void moveStrings(qxArray<qxString>& strings);
     friend class qxPatternParsers;
 
     struct ForProgram {};

@@ -260,16 +260,15 @@ bool qxBasicParser::isHeld(qxUInt64 position, unsigned int count)
 qxString qxBasicParser::getTokenData(qxUInt64 position, unsigned int count)
 {
     qxString text;
-    readTokenData(position, count, text);
+    if (isHeld(position, count)) readTokenData(position, count, text);
     return text;
 }
 
-/// Leaves `text` as it is when there is an error.
+/// The text of tokens that are held. Leaves `text` as it is when there is an error.
 bool qxBasicParser::readTokenData(qxUInt64 position, unsigned int count, qxString& text)
 {
     constexpr unsigned int SHORT = 256; // tokens whose text needs no memory of its own on the way
     char room[3 * SHORT];
-    if (!isHeld(position, count)) return false;
     if (count <= SHORT) {
         text = qxString(room, qxTokensToUTF8(tokenAt(position), count, room));
         return true;

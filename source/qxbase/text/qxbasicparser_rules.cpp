@@ -4,6 +4,7 @@
 
 #include "qxmessage.h"
 #include "qxserializeadaptermemory.h"
+#include "text/qxnumberscanner.h"
 #include "text/qxrulecheck.h"
 #include "text/qxrulerun.h"
 #include "text/qxtokenwindow.h"
@@ -82,15 +83,46 @@ bool qxBasicParser::takeMark(qxParserMark& mark)
     return rules().takeMark(mark);
 }
 
-bool qxBasicParser::takeMarkedText(qxString& text)
+/// The tokens from a mark to the next token; false when they are not held.
+bool qxBasicParser::takeMarkedTokens(qxUInt64& position, unsigned int& count)
 {
     qxParserMark mark;
     const qxUInt64 end = getTokenPos();
-    qxUInt64 count = end;
-    if (takeMark(mark)) count = static_cast<unsigned int>(end) - mark.position; // modulo 2^32, as marks are
-    if (count <= m_maxBufferSize) return readTokenData(end - count, static_cast<unsigned int>(count), text);
-    setErrorText("Too Large Pushback in basic parser");
-    return false;
+    qxUInt64 size = end;
+    if (takeMark(mark)) size = static_cast<unsigned int>(end) - mark.position; // modulo 2^32, as marks are
+    if (size > m_maxBufferSize) {
+        setErrorText("Too Large Pushback in basic parser");
+        return false;
+    }
+    position = end - size;
+    count = static_cast<unsigned int>(size);
+    return isHeld(position, count);
+}
+
+bool qxBasicParser::takeMarkedText(qxString& text)
+{
+    qxUInt64 position = 0;
+    unsigned int count = 0;
+    return takeMarkedTokens(position, count) && readTokenData(position, count, text);
+}
+
+bool qxBasicParser::takeMarkedNumber(double& number)
+{
+    constexpr unsigned int SHORT = 64; // tokens that need no string
+    qxUInt64 position = 0;
+    unsigned int count = 0;
+    if (!takeMarkedTokens(position, count)) return false;
+    if (count > SHORT) {
+        qxString text;
+        if (!readTokenData(position, count, text)) return false;
+        number = text.real();
+        return true;
+    }
+    char room[SHORT];
+    const char16_t* const tokens = tokenAt(position);
+    for (unsigned int i = 0; i < count; ++i) room[i] = tokens[i] < 128 ? static_cast<char>(tokens[i]) : '?';
+    number = qxDoubleOf(qxScanNumber(room, room + count, '.'));
+    return true;
 }
 
 void qxBasicParser::setMaxSteps(qxUInt64 count)

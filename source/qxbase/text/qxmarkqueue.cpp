@@ -2,11 +2,20 @@
 
 #include "text/qxmarkqueue.h"
 
+namespace
+{
+
+constexpr std::size_t MOST_KEPT = 4096; // marks, and changes, whose memory waits for the next run
+
+} // namespace
+
 void qxMarkQueue::clear()
 {
-    m_marks.clear();
+    m_marks.cut(0);
+    m_marks.shrink(MOST_KEPT);
     m_first = 0;
-    m_changes.clear();
+    m_changes.cut(0);
+    m_changes.shrink(MOST_KEPT);
 }
 
 void qxMarkQueue::undoSlowly(std::size_t height)
@@ -16,7 +25,7 @@ void qxMarkQueue::undoSlowly(std::size_t height)
         if (change.kind == Change::ADDED)
             m_marks.pop_back();
         else if (change.kind == Change::TOOK_NEWEST)
-            m_marks.push_back(change.mark);
+            m_marks.push() = change.mark;
         else
             --m_first;
     }
@@ -24,21 +33,17 @@ void qxMarkQueue::undoSlowly(std::size_t height)
 
 void qxMarkQueue::undo(std::size_t height, std::vector<Change>& kept)
 {
-    kept.insert(kept.end(), m_changes.begin() + static_cast<std::ptrdiff_t>(height), m_changes.end());
+    for (std::size_t i = height; i < m_changes.size(); ++i) kept.push_back(m_changes[i]);
     undo(height);
 }
 
+/// For marks that were not taken in the order in which they came.
 void qxMarkQueue::settleSlowly(std::size_t height)
 {
     const std::size_t count = m_changes.size() - height;
+    if (!isEmpty() || count > FEW) return;
     std::size_t added = 0;
-    for (std::size_t i = height; i < m_changes.size() && count <= FEW; ++i)
+    for (std::size_t i = height; i < m_changes.size(); ++i)
         added += m_changes[i].kind == Change::ADDED ? 1 : 0;
-    if (isEmpty() && 2 * added == count) { // it was empty there, too
-        undo(height);
-        return;
-    }
-    while (m_changes.size() >= height + 2 && m_changes.back().kind == Change::TOOK_NEWEST &&
-           m_changes[m_changes.size() - 2].kind == Change::ADDED)
-        m_changes.resize(m_changes.size() - 2);
+    if (2 * added == count) undo(height); // it was empty there, too
 }

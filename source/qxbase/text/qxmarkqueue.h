@@ -4,6 +4,7 @@
 #pragma once
 
 #include "qxbasicparser.h"
+#include "text/qxrulestack.h"
 
 #include <cstddef>
 #include <vector>
@@ -51,18 +52,24 @@ public:
     void apply(const Change& change)
     {
         if (change.kind == Change::ADDED)
-            m_marks.push_back(change.mark);
+            m_marks.push() = change.mark;
         else if (change.kind == Change::TOOK_NEWEST)
             m_marks.pop_back();
         else
             ++m_first;
-        m_changes.push_back(change);
+        m_changes.push() = change;
     }
+
+    /// False when the last change is no mark that was taken, so that there is nothing to forget.
+    bool canSettle() const { return m_changes.size() > 0 && m_changes.back().kind != Change::ADDED; }
 
     /// Nobody goes back to where it was behind `height`, so that marks that were added and taken since can be forgotten.
     void settle(std::size_t height)
     {
-        if (m_changes.size() >= height + 2 && m_changes.back().kind != Change::ADDED) settleSlowly(height);
+        while (m_changes.size() >= height + 2 && m_changes.back().kind == Change::TOOK_NEWEST &&
+               m_changes[m_changes.size() - 2].kind == Change::ADDED)
+            m_changes.cut(m_changes.size() - 2);
+        if (m_changes.size() >= height + 2 && canSettle()) settleSlowly(height);
     }
 
 private:
@@ -71,7 +78,7 @@ private:
 
     static constexpr std::size_t FEW = 16; // changes that are looked through
 
-    std::vector<qxParserMark> m_marks;
+    qxRuleStack<qxParserMark> m_marks;
     std::size_t m_first = 0; // the oldest
-    std::vector<Change> m_changes;
+    qxRuleStack<Change> m_changes;
 };

@@ -44,6 +44,28 @@ int magnitudeOf(const qxNumberParts& number)
     return static_cast<int>(number.fraction - second) + number.exponent;
 }
 
+// The value of a number of few digits: both factors are exact then, and so one operation rounds correctly. See William D.
+// Clinger, "How to Read Floating Point Numbers Accurately", 1990.
+bool readShort(const qxNumberParts& number, double& value)
+{
+    constexpr std::ptrdiff_t MOST_DIGITS = 15; // all numbers of so many digits are below 2^53
+    constexpr double POWERS[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr int LARGEST_POWER = static_cast<int>(std::size(POWERS)) - 1; // the last that is exact
+    const std::ptrdiff_t fractionCount = number.fractionEnd - number.fraction;
+    if (number.wholeEnd - number.whole + fractionCount > MOST_DIGITS) return false;
+    const int power = number.exponent - static_cast<int>(fractionCount);
+    if (power < -LARGEST_POWER || power > LARGEST_POWER) return false;
+    qxInt64 digits = 0;
+    for (const char* place = number.whole; place != number.wholeEnd; ++place)
+        digits = digits * 10 + (*place - '0');
+    for (const char* place = number.fraction; place != number.fractionEnd; ++place)
+        digits = digits * 10 + (*place - '0');
+    value = static_cast<double>(digits);
+    value = power < 0 ? value / POWERS[-power] : value * POWERS[power];
+    return true;
+}
+
 // What stands before the point when the exponent has moved it, at most `limit`.
 qxUInt64 wholeOf(const qxNumberParts& number, qxUInt64 limit)
 {
@@ -98,6 +120,8 @@ qxUInt64 qxUnsignedOf(const qxNumberParts& number)
 double qxDoubleOf(const qxNumberParts& number)
 {
     if (!number.hasDigits()) return 0.0;
+    double value = 0.0;
+    if (readShort(number, value)) return number.isNegative ? -value : value;
 
     // The standard reader knows the full stop only, so the parts are put together with it.
     std::string text(number.whole, number.wholeEnd);
@@ -107,7 +131,6 @@ double qxDoubleOf(const qxNumberParts& number)
     text += 'e';
     text += std::to_string(number.exponent);
 
-    double value = 0.0;
     const std::from_chars_result result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc::result_out_of_range)
         value = magnitudeOf(number) > 0 ? std::numeric_limits<double>::infinity() : 0.0;

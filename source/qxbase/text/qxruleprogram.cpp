@@ -32,7 +32,7 @@ qxRuleProgram::qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& fu
     : m_code(code), m_functions(functions)
 {
     for (const std::string_view name : m_code.names) {
-        qxRuleTarget target = find(name);
+        qxRuleTarget target = findSlowly(name);
         const qxTokenParser* const parser =
             target.kind == qxRuleTarget::BUILTIN ? qxFindTokenParser(target.function) : nullptr;
         if (parser && parser->isOne) {
@@ -41,9 +41,10 @@ qxRuleProgram::qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& fu
         }
         m_targets.push_back(target);
     }
+    m_main = findSlowly("main");
     for (const qxRuleNode& node : m_code.nodes) m_simple.push_back(isSimpleNode(node));
-    for (unsigned int node = 0; node < m_code.nodes.size(); ++node)
-        m_operations.push_back(makeOperation(node));
+    m_operations.resize(m_code.nodes.size()); // they know each other by their addresses
+    for (unsigned int node = 0; node < m_code.nodes.size(); ++node) m_operations[node] = makeOperation(node);
     m_alternatives.resize(m_code.alternatives.size());
     m_bodies.resize(m_code.bodies.size());
     m_circles.assign(m_code.rules.size(), 0);
@@ -56,7 +57,7 @@ qxRuleProgram::qxRuleProgram(const qxRuleCode& code, const qxParserFunctions& fu
     findLastCalls();
 }
 
-qxRuleTarget qxRuleProgram::find(std::string_view name) const
+qxRuleTarget qxRuleProgram::findSlowly(std::string_view name) const
 {
     const auto known = m_code.nameIndex.find(name);
     if (known != m_code.nameIndex.end() && m_code.ruleOfName[known->second] != NONE) {
@@ -122,20 +123,23 @@ qxRuleOperation qxRuleProgram::makeOperation(unsigned int index) const
     typedef qxRuleOperation Operation;
     const qxRuleNode& node = m_code.nodes[index];
     Operation operation;
-    operation.next = node.next;
+    if (node.next != NONE) operation.next = &m_operations[node.next];
     operation.index = node.value;
-    operation.set = setOf(node);
-    if (operation.set) {
+    if (const qxCharSet* const set = setOf(node)) {
         operation.kind = node.isRepeated() ? Operation::SETS : Operation::SET;
+        operation.data = set;
         operation.isOptional = node.min == 0;
+        operation.min = node.min;
+        operation.max = node.max;
     } else if (m_simple[index] && (node.kind != qxRuleNode::LITERAL || node.isRepeated())) {
         const bool isBuiltin = node.kind == qxRuleNode::CALL && !node.isRepeated();
         operation.kind = isBuiltin ? Operation::BUILTIN : Operation::SIMPLE;
         if (isBuiltin) operation.function = m_targets[node.value].function;
     } else if (node.kind == qxRuleNode::LITERAL) {
-        operation.literal = &m_code.literals[node.value];
-        operation.kind = operation.literal->size() == 1 ? Operation::TOKEN : Operation::LITERAL;
-        if (operation.literal->size() == 1) operation.token = operation.literal->front();
+        const std::u16string& literal = m_code.literals[node.value];
+        operation.kind = literal.size() == 1 ? Operation::TOKEN : Operation::LITERAL;
+        operation.data = &literal;
+        if (literal.size() == 1) operation.token = literal.front();
     } else if (node.kind == qxRuleNode::FAULT) {
         operation.kind = Operation::FAULT;
     } else {
@@ -361,15 +365,16 @@ void qxRuleProgram::startAnywhere()
 
 void qxRuleProgram::makeEntrances()
 {
-    m_listed.reserve(m_code.alternatives.size()); // so that they stay where they are
+    m_ways.reserve(m_code.alternatives.size()); // so that they stay where they are
     for (unsigned int body = 0; body < m_code.bodies.size(); ++body) {
         qxRuleEntrance entrance;
-        entrance.alternatives = m_listed.data() + m_listed.size();
+        entrance.ways = m_ways.data() + m_ways.size();
         entrance.closesCircle = m_circles[m_code.bodies[body].rule] != 0;
         for (unsigned int a = m_code.bodies[body].first; a != NONE; a = m_code.alternatives[a].next)
-            m_listed.push_back(a);
-        if (m_code.bodies[body].first == m_code.bodies[body].last)
-            entrance.only = &m_alternatives[m_code.bodies[body].first];
+            m_ways.push_back({a, &m_operations[m_code.alternatives[a].first]});
+        const qxRuleStart& start = m_bodies[body];
+        entrance.isOnly = m_code.bodies[body].first == m_code.bodies[body].last;
+        entrance.isOpen = entrance.isOnly && (start.mustRun || start.isNullable);
         qxRuleChoice choice;
         if (m_tables.size() < MOST_TABLES && makeChoice(body, choice)) {
             m_tables.push_back(choice);
@@ -396,11 +401,12 @@ void qxRuleProgram::findLastCalls()
     }
 }
 
-/// False for bodies that must look at each alternative, or have only one.
+/// False for bodies that must look at each alternative, and for those that are open.
 bool qxRuleProgram::makeChoice(unsigned int body, qxRuleChoice& choice) const
 {
     const qxRuleBody& alternatives = m_code.bodies[body];
-    if (alternatives.first == alternatives.last || m_bodies[body].mustRun) return false;
+    if (m_bodies[body].mustRun || (alternatives.first == alternatives.last && m_bodies[body].isNullable))
+        return false;
     std::fill(std::begin(choice.first), std::end(choice.first), qxRuleChoice::NONE);
     unsigned int number = 0;
     for (unsigned int a = alternatives.first; a != NONE; a = m_code.alternatives[a].next, ++number) {
@@ -408,8 +414,11 @@ bool qxRuleProgram::makeChoice(unsigned int body, qxRuleChoice& choice) const
         for (unsigned int token = 0; token < qxCharSet::BITS; ++token) {
             if (m_alternatives[a].isSureToFail(static_cast<char16_t>(token))) continue;
             unsigned char& first = choice.first[token];
-            first =
-                static_cast<unsigned char>(first == qxRuleChoice::NONE ? number : first | qxRuleChoice::MORE);
+            if (first == qxRuleChoice::NONE)
+                first = static_cast<unsigned char>(number);
+            else
+                first |= m_alternatives[a].isImpure ? qxRuleChoice::MORE | qxRuleChoice::MORE_IMPURE
+                                                    : qxRuleChoice::MORE;
         }
     }
     return true;

@@ -53,7 +53,7 @@ struct qxRuleStart {
 };
 
 /// A node made ready to run.
-struct qxRuleOperation {
+struct alignas(64) qxRuleOperation {
     enum Kind : unsigned char {
         TOKEN,   ///< a literal of one token
         LITERAL, ///< a longer or empty one
@@ -74,22 +74,33 @@ struct qxRuleOperation {
     bool isOptional = false;
     bool isLast =
         false; ///< RULE and GROUP: of an alternative, and what is called may take over the frame of its body
-    bool isAll = false;                      ///< such a one that is also the first
-    char16_t token = 0;                      ///< TOKEN
-    unsigned int index = 0;                  ///< RULE and GROUP: of the body; FUNCTION: of the name
-    unsigned int next = qxRuleNode::NONE;    ///< in the alternative
-    const qxCharSet* set = nullptr;          ///< SET and SETS
-    const std::u16string* literal = nullptr; ///< LITERAL
-    qxParserFunction function = nullptr;     ///< BUILTIN and FUNCTION, where null is an unknown one
+    bool isAll = false;     ///< such a one that is also the first
+    char16_t token = 0;     ///< TOKEN
+    unsigned int index = 0; ///< RULE and GROUP: of the body; FUNCTION: of the name
+    unsigned int min = 1;   ///< SETS
+    unsigned int max = 1;
+    const qxRuleOperation* next = nullptr; ///< in the alternative
+    const void* data = nullptr;            ///< see set and literal
+    qxParserFunction function = nullptr;   ///< BUILTIN and FUNCTION, where null is an unknown one
+
+    const qxCharSet& set() const { return *static_cast<const qxCharSet*>(data); } ///< SET and SETS
+    const std::u16string& literal() const { return *static_cast<const std::u16string*>(data); } ///< LITERAL
 };
 
 struct qxRuleChoice;
 
+/// An alternative made ready to run.
+struct qxRuleWay {
+    unsigned int alternative;
+    const qxRuleOperation* first;
+};
+
 /// How a body is entered.
 struct qxRuleEntrance {
-    const unsigned int* alternatives = nullptr; ///< the indexes of all, in a row
-    const qxRuleStart* only = nullptr;          ///< the start of the only one
-    const qxRuleChoice* choice = nullptr;       ///< null where each must be looked at
+    const qxRuleWay* ways = nullptr;      ///< all its alternatives, in a row
+    const qxRuleChoice* choice = nullptr; ///< null where each must be looked at
+    bool isOnly = false;                  ///< there is one alternative
+    bool isOpen = false;                  ///< and it must be run whatever comes
     bool closesCircle = false; ///< of a rule: circles of calls that take nothing on the way are noticed here
 };
 
@@ -99,10 +110,11 @@ struct qxRuleLeftCall {
     unsigned int node;
 };
 
-/// Which alternative of a body comes first for each token below 256, in a table.
+/// Which alternative of a body is the first to run for each token below 256, in a table.
 struct qxRuleChoice {
-    static constexpr unsigned char NONE = 0x7F;
-    static constexpr unsigned char MORE = 0x80; ///< flag: another one may match as well
+    static constexpr unsigned char NONE = 0x3F;
+    static constexpr unsigned char MORE = 0x40;        ///< flag: another one may match as well
+    static constexpr unsigned char MORE_IMPURE = 0x80; ///< flag: and such a one may call functions
 
     unsigned char first[qxCharSet::BITS]; ///< the number of the alternative, from 0
 };
@@ -137,9 +149,10 @@ public:
     std::vector<std::vector<qxRuleLeftCall>> findLeftCalls() const;
 
     /// What `name` stands for, also one that no rule holds; never a SET.
-    qxRuleTarget find(std::string_view name) const;
+    qxRuleTarget find(std::string_view name) const { return name == "main" ? m_main : findSlowly(name); }
 
 private:
+    qxRuleTarget findSlowly(std::string_view name) const;
     qxRuleTarget findFunction(std::string_view name) const;
     unsigned int addSet(std::string_view text);
     qxRuleOperation makeOperation(unsigned int node) const;
@@ -162,6 +175,7 @@ private:
     const qxParserFunctions m_functions;
     std::vector<qxCharSet> m_sets; // of the built-in parsers of one character
     std::vector<qxRuleTarget> m_targets;
+    qxRuleTarget m_main; // where most runs begin
     std::vector<unsigned char> m_simple;
     std::vector<qxRuleOperation> m_operations;
     std::vector<unsigned char> m_impureRules;
@@ -169,7 +183,7 @@ private:
     std::vector<unsigned char> m_openRules; // whose start is being computed, or not yet
     std::vector<qxRuleStart> m_alternatives;
     std::vector<qxRuleStart> m_bodies;
-    std::vector<unsigned int> m_listed; // the alternatives of one body behind those of the other
+    std::vector<qxRuleWay> m_ways; // the alternatives of one body behind those of the other
     std::deque<qxRuleChoice> m_tables;
     std::vector<qxRuleEntrance> m_entrances;
 };

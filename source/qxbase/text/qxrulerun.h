@@ -8,6 +8,7 @@
 #include "text/qxruleprogram.h"
 #include "text/qxrulestack.h"
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -68,27 +69,33 @@ private:
     static constexpr unsigned int NONE = qxRuleNode::NONE;
     static constexpr unsigned int MOST_EXPECTED = 8;
     static constexpr qxUInt64 NOWHERE = ~0ULL;
+    static constexpr qxUInt64 TOKENS_A_STEP = 8; // that a scan takes
 
-    /// Something open. What its node waits for is delivered to it when that is finished.
-    struct Frame {
+    /// Something open. What it waits for is delivered to it when that is finished.
+    struct alignas(64) Frame {
         enum Kind : unsigned char { BODY, REPETITION, EXCLUSION };
         Kind kind;
-        bool isRule;        // BODY: of a rule, not of a group
-        bool isOptional;    // BODY: no match is a match of nothing
-        bool isAlone;       // BODY: no other alternative can match here
-        bool isSecond;      // EXCLUSION: its second factor is running
-        unsigned int index; // BODY: of the body; else of the node
-        unsigned int node;  // BODY: the current one
-        unsigned int alternative;
+        bool isRule;         // BODY: of a rule, not of a group
+        bool isOptional;     // BODY: no match is a match of nothing
+        bool isAlone;        // BODY: no other alternative can match here
+        bool isPlain;        // BODY: none behind the first one to run could match here and call functions
+        bool isCircle;       // BODY: of a rule that remembers where it was entered
+        bool isSecond;       // EXCLUSION: its second factor is running
+        unsigned int index;  // BODY: of the body; else of the node
         unsigned int depth;  // calls of rules around it
-        unsigned int count;  // REPETITION: matches; BODY of a rule: calls at its activation around this one
         unsigned int marks;  // height of the queue when it began
         unsigned int calls;  // of functions of the owner when it began
         unsigned int winner; // which of the winners is its own, when an alternative or first factor matched
         qxUInt64 start;      // position in the input
-        qxUInt64 middle;     // REPETITION: of the last attempt; BODY of a rule: of its
-                             // activation around this one
         qxUInt64 state;      // of the owner, when it began
+        union {
+            unsigned int alternative; // BODY
+            unsigned int count;       // REPETITION: matches
+        };
+        union {
+            const qxRuleOperation* operation; // BODY: the current one
+            qxUInt64 middle;                  // REPETITION: position of the last attempt
+        };
     };
 
     /// An alternative that matched, while later ones are run, or a first factor, while the second one is.
@@ -109,14 +116,21 @@ private:
         bool isRule;
         bool isOptional;
         bool isAlone;
-        unsigned int alternative; // the first one to run
-        unsigned int depth;       // calls of rules around it
+        bool isPlain;
+        const qxRuleWay* way; // the first alternative to run
+        unsigned int depth;   // calls of rules around it
     };
 
     /// A rule that is being run: where it was entered last.
     struct Activation {
         qxUInt64 position = NOWHERE;
         unsigned int calls = 0;
+    };
+
+    /// What a rule remembered before it was entered once more.
+    struct Reentry {
+        unsigned int rule;
+        Activation before;
     };
 
     /// Two answers besides the results of parsers.
@@ -130,48 +144,57 @@ private:
     // The loop
     qxParseResult runTarget(const char* name);
     Outcome runFrames();
-    Outcome evaluate(unsigned int node);
-    Outcome evaluateTop();
-    Outcome evaluateFactor(const Frame& frame);
-    Outcome evaluateTraced(unsigned int node);
-    Outcome evaluateOnce(unsigned int node);
+    Outcome runBody();
+    Outcome evaluate(const qxRuleOperation& operation);
     Outcome evaluateMark(unsigned char flag);
     Outcome evaluateFault(unsigned int node);
     Outcome deliver(Outcome outcome);
-    Outcome deliverToBody(Outcome outcome);
-    Outcome deliverToRepetition(Outcome outcome);
-    Outcome deliverToExclusion(Outcome outcome);
-    Outcome endMatch(unsigned int next);
-    Outcome endLaterAlternative(Frame& frame);
-    unsigned int chooseAlternative(unsigned int body, bool& isAlone);
+    Outcome endMatch();
+    Outcome endNoMatch();
+    Outcome finishBody(Outcome outcome);
+
+    // Rules and groups
+    bool chooseWay(Entry& entry);
     unsigned int findAlternative(unsigned int alternative);
-    unsigned int findLaterAlternative(const Frame& frame, unsigned int alternative) const;
-    Outcome enter(const qxRuleOperation& operation, unsigned int node);
-    Outcome enterOnce(unsigned int body, unsigned int node, bool isRule);
-    Outcome enterLast(const qxRuleOperation& operation, unsigned int node);
-    Outcome enterBody(Entry& entry);
+    Entry entryOf(const qxRuleOperation& operation) const;
+    Outcome enter(const qxRuleOperation& operation);
+    Outcome enterLast(const qxRuleOperation& operation);
+    Outcome enterOnce(unsigned int body, unsigned int node, bool isRule, bool isOptional);
     bool chooseBody(Entry& entry);
+    Outcome openBody(const Entry& entry);
+    Outcome refuseBody(const Entry& entry);
     unsigned int dropCertainFrames();
     bool isCertain(const Frame& frame) const;
+
+    // What is seldom
+    Outcome runFactor();
+    Outcome evaluateTraced(unsigned int node);
+    Outcome evaluateOnce(unsigned int node);
+    unsigned int findLaterAlternative(const Frame& frame, unsigned int alternative) const;
+    Outcome endLaterAlternative(Frame& frame);
+    Outcome enterCircle();
     Outcome openRepetition(unsigned int node);
-    Outcome finishBody(Outcome outcome);
+    Outcome deliverToRepetition(Outcome outcome);
     Outcome finishRepetition(bool isMatch);
+    Outcome deliverToExclusion(Outcome outcome);
     bool isSureToFail(const qxRuleNode& element);
     bool isPure(const qxRuleNode& element) const;
     const qxRuleStart* startOf(const qxRuleNode& element) const;
-    Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);
-    Outcome callOwner(qxParserFunction function, std::string_view name);
-    Outcome refuseBody(const Entry& entry);
-    Outcome openBody(const Entry& entry);
-    Outcome enterCircle(unsigned int rule);
+
+    // Frames
     Frame& pushFrame(Frame::Kind kind, unsigned int index);
     void popFrame();
-    bool rewind(qxUInt64 position) { return m_parser.rewindTo(position); }
+    void startWay(Frame& frame, const qxRuleWay& way);
+    void startAlternative(Frame& frame, unsigned int alternative);
     bool takeBack(Frame& frame);
+    bool rewind(qxUInt64 position) { return m_parser.rewindTo(position); }
     void dropFrames(std::size_t base);
-    void settleMarks();
 
-    // What functions can see
+    // Functions, and what they can see
+    Outcome callFunction(const qxRuleTarget& target, std::string_view name, unsigned int node);
+    Outcome callOwner(const qxRuleOperation& operation);
+    Outcome callOwner(qxParserFunction function, std::string_view name);
+    void settleMarks();
     qxUInt64 prepareCall();
     void putWinnersAside();
     void dropWinner();
@@ -182,6 +205,7 @@ private:
     Outcome matchSimple(const qxRuleNode& node);
     Outcome matchOnce(const qxRuleNode& node);
     Outcome matchSet(const qxCharSet& set);
+    Outcome matchSets(const qxRuleOperation& operation);
     Outcome matchSets(const qxCharSet& set, const qxRuleNode& node);
     unsigned int scanSet(const qxCharSet& set, unsigned int most);
     Outcome giveUp(const qxRuleNode& node, qxUInt64 start);
@@ -209,6 +233,7 @@ private:
     Outcome raise(const char* format, unsigned int rule, unsigned int place);
     Outcome raiseLimit(const char* format);
     Outcome raiseDepth();
+    Outcome raiseSteps();
     void unwind();
     void wrapError(unsigned int node);
     void trace(const char* format, std::string_view name);
@@ -216,6 +241,10 @@ private:
     unsigned int depthOfRules() const { return static_cast<unsigned int>(m_callers.size()); }
     std::string_view ruleName(unsigned int rule) const { return m_code->names[m_code->rules[rule].name]; }
     qxUInt64 position() const { return m_parser.getTokenPos(); }
+    unsigned int indexOf(const qxRuleOperation& operation) const
+    {
+        return static_cast<unsigned int>(&operation - m_operations);
+    }
     const qxRuleNode& nodeAt(unsigned int index) const { return m_code->nodes[index]; }
 
     qxBasicParser& m_parser;
@@ -231,6 +260,7 @@ private:
 
     qxRuleStack<Frame> m_frames;
     std::vector<Activation> m_activations; // one a rule
+    std::vector<Reentry> m_reentries;      // of the frames that are circles
     qxRuleStack<unsigned int> m_callers;   // nodes that called the rules that are open; NONE for nobody
     std::size_t m_base = 0;                // of the frames of the innermost run
     unsigned int m_runs = 0;               // that are under way, one inside the other
@@ -257,3 +287,84 @@ private:
     unsigned int m_expected[MOST_EXPECTED] = {}; // nodes
     unsigned int m_expectedCount = 0;
 };
+
+inline qxRuleRun::Frame& qxRuleRun::pushFrame(Frame::Kind kind, unsigned int index)
+{
+    Frame& frame = m_frames.push();
+    frame.kind = kind;
+    frame.isRule = frame.isOptional = frame.isAlone = frame.isPlain = frame.isCircle = frame.isSecond = false;
+    frame.index = index;
+    frame.depth = depthOfRules();
+    frame.marks = static_cast<unsigned int>(m_marks.getHeight());
+    frame.calls = m_calls;
+    frame.winner = NONE;
+    frame.start = position();
+    return frame;
+}
+
+inline void qxRuleRun::popFrame()
+{
+    const Frame& frame = m_frames.back();
+    if (frame.isCircle) {
+        m_activations[m_reentries.back().rule] = m_reentries.back().before;
+        m_reentries.pop_back();
+    }
+    m_callers.cut(frame.depth);
+    m_frames.pop_back();
+    m_stated = std::min(m_stated, m_frames.size());
+}
+
+inline void qxRuleRun::startWay(Frame& frame, const qxRuleWay& way)
+{
+    frame.alternative = way.alternative;
+    frame.operation = way.first;
+}
+
+inline void qxRuleRun::startAlternative(Frame& frame, unsigned int alternative)
+{
+    startWay(frame, {alternative, &m_operations[m_alternatives[alternative].first]});
+}
+
+/// Goes back to where the input, the marks and what functions keep stood when the frame began.
+inline bool qxRuleRun::takeBack(Frame& frame)
+{
+    m_marks.undo(frame.marks);
+    if (frame.calls != m_calls) {
+        m_parser.restoreState(frame.state, true);
+        frame.calls = m_calls;
+    }
+    return position() == frame.start || rewind(frame.start);
+}
+
+/// What the frame on top did counts, unless something that is run now makes it void.
+inline void qxRuleRun::addWinner(Frame& frame)
+{
+    frame.winner = static_cast<unsigned int>(m_winners.size());
+    m_winners.push_back({static_cast<unsigned int>(m_frames.size() - 1),
+                         static_cast<unsigned int>(m_marks.getHeight()), m_calls, false, 0, position(), 0});
+}
+
+/// Lets the queue forget marks that were set and taken since the place that the frame on top may go back to.
+inline void qxRuleRun::settleMarks()
+{
+    if (!m_marks.canSettle()) return;
+    if (m_frames.size() == 0) return m_marks.settle(0);
+    const Frame& top = m_frames.back();
+    const bool isWaiting = top.winner != NONE && !m_winners[top.winner].isAside;
+    m_marks.settle(isWaiting ? m_winners[top.winner].marks : top.marks);
+}
+
+inline qxRuleRun::Outcome qxRuleRun::finishBody(Outcome outcome)
+{
+    const Frame& frame = m_frames.back();
+    if (outcome == NO_MATCH && frame.isOptional) outcome = OK;
+    if (frame.isRule) {
+        if (m_isTracing)
+            traceExit("Exit Rule        : %s%s(Line:%d,Col:%d)\tResult:%s",
+                      ruleName(m_bodies[frame.index].rule), outcome);
+        m_parser.reportProgress();
+    }
+    popFrame();
+    settleMarks();
+    return outcome;
+}

@@ -7,8 +7,6 @@
 namespace
 {
 
-constexpr qxUInt64 TOKENS_A_STEP = 8; // that a scan takes
-
 bool isHighSurrogate(char16_t token)
 {
     return (token & 0xFC00) == 0xD800;
@@ -95,7 +93,7 @@ unsigned int qxRuleRun::scanSet(const qxCharSet& set, unsigned int most)
     return count;
 }
 
-/// A set with a suffix, in one scan.
+/// The same wherever it is.
 qxRuleRun::Outcome qxRuleRun::matchSets(const qxCharSet& set, const qxRuleNode& node)
 {
     const qxUInt64 start = position();
@@ -116,8 +114,10 @@ qxRuleRun::Outcome qxRuleRun::matchLiteral(const std::u16string& literal)
     qxTokenView& view = m_parser.m_view;
     if (view.end - view.current < static_cast<std::ptrdiff_t>(literal.size()))
         return matchLiteralSlowly(literal);
-    if (!std::equal(literal.begin(), literal.end(), view.current)) return NO_MATCH;
-    view.current += literal.size();
+    const char16_t* place = view.current;
+    for (const char16_t token : literal) // most differ in their first tokens
+        if (*place++ != token) return NO_MATCH;
+    view.current = place;
     return OK;
 }
 
@@ -146,8 +146,7 @@ qxRuleRun::Outcome qxRuleRun::matchRepeated(const qxRuleNode& node)
     unsigned int count = 0;
     while (count < node.max) {
         if ((count > 0 || node.isCounted) && !m_parser.hasData()) break;
-        if (m_stepsLeft <= 1 && !isStepAllowed())
-            return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
+        if (m_stepsLeft <= 1 && !isStepAllowed()) return raiseSteps();
         --m_stepsLeft;
         const qxUInt64 before = position();
         const Outcome outcome = matchOnce(node);

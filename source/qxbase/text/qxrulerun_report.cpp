@@ -112,7 +112,13 @@ qxRuleRun::Outcome qxRuleRun::raiseLimit(const char* format)
     m_hasReachedLimit = true;
     std::size_t i = m_frames.size() - 1;
     while (m_frames[i].kind != Frame::BODY) --i; // there is one under all others
-    return raise(format, m_code->bodies[m_frames[i].index].rule, nodeAt(m_frames[i].node).begin);
+    return raise(format, m_code->bodies[m_frames[i].index].rule,
+                 nodeAt(indexOf(*m_frames[i].operation)).begin);
+}
+
+qxRuleRun::Outcome qxRuleRun::raiseSteps()
+{
+    return raiseLimit("Too many steps in rule '%s' at (Line:%d,Col:%d) -> %s");
 }
 
 qxRuleRun::Outcome qxRuleRun::raiseDepth()

@@ -14,7 +14,9 @@ class qxRuleStack
 public:
     std::size_t size() const { return m_size; }
     T& back() { return m_items[m_size - 1]; }
+    const T& back() const { return m_items[m_size - 1]; }
     T& operator[](std::size_t index) { return m_items[index]; }
+    const T& operator[](std::size_t index) const { return m_items[index]; }
     void pop_back() { --m_size; }
 
     /// Drops what lies above the lowest `size`.

@@ -84,6 +84,17 @@ qxArray<qxString> qxStringParser::getStrings() const
     return strings;
 }
 
+/// As getStrings, which are gone afterwards.
+void qxStringParser::moveStrings(qxArray<qxString>& strings)
+{
+    qxResultChain<qxString>& chain = m_strings->chain;
+    unsigned int place = getStringCount();
+    strings = qxArray<qxString>(place);
+    for (unsigned int i = chain.getLast(); i != chain.NONE; i = chain.getPrevious(i))
+        strings[--place] = std::move(chain[i]);
+    chain.clear();
+}
+
 unsigned int qxStringParser::getStringCount() const
 {
     return static_cast<unsigned int>(m_strings->chain.countBehind(m_strings->chain.NONE));

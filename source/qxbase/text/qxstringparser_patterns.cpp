@@ -114,7 +114,7 @@ qxParseResult qxStringParser::parseArguments(const qxString& pattern, const char
         return QX_PARSE_ERROR;
     }
     qxParseResult result = parser->parseText(text, length);
-    strings = parser->getStrings();
+    parser->moveStrings(strings);
     qxString trouble = parser->getError();
     if (result == QX_PARSE_ERROR) {
         trouble = qxString::str("Error:%s", trouble);

@@ -413,12 +413,13 @@ bool qxRuleProgram::makeChoice(unsigned int body, qxRuleChoice& choice) const
         if (number >= qxRuleChoice::NONE) return false;
         for (unsigned int token = 0; token < qxCharSet::BITS; ++token) {
             if (m_alternatives[a].isSureToFail(static_cast<char16_t>(token))) continue;
-            unsigned char& first = choice.first[token];
+            unsigned int first = choice.first[token];
             if (first == qxRuleChoice::NONE)
-                first = static_cast<unsigned char>(number);
+                first = number;
             else
                 first |= m_alternatives[a].isImpure ? qxRuleChoice::MORE | qxRuleChoice::MORE_IMPURE
                                                     : qxRuleChoice::MORE;
+            choice.first[token] = static_cast<unsigned char>(first);
         }
     }
     return true;

@@ -388,15 +388,15 @@ void qxRuleProgram::makeEntrances()
 /// and not where a fault would be met when the alternative fails.
 void qxRuleProgram::findLastCalls()
 {
-    for (const qxRuleBody& body : m_code.bodies) {
-        if (m_circles[body.rule]) continue;
-        for (unsigned int a = body.first; a != NONE; a = m_code.alternatives[a].next) {
+    // The elements of an inner body may have become part of an outer one, which stands before it and so has the last word.
+    for (std::size_t body = m_code.bodies.size(); body-- > 0;) {
+        const bool isCircle = m_circles[m_code.bodies[body].rule] != 0;
+        for (unsigned int a = m_code.bodies[body].first; a != NONE; a = m_code.alternatives[a].next) {
             const qxRuleAlternative& alternative = m_code.alternatives[a];
             qxRuleOperation& last = m_operations[alternative.last];
             const bool isCall = last.kind == qxRuleOperation::RULE || last.kind == qxRuleOperation::GROUP;
-            if (!isCall || alternative.holdsFault || m_circles[m_code.bodies[last.index].rule]) continue;
-            last.isLast = true;
-            last.isAll = alternative.first == alternative.last;
+            last.isLast = isCall && !last.next && !alternative.holdsFault && !isCircle &&
+                          !m_circles[m_code.bodies[last.index].rule];
         }
     }
 }

@@ -74,7 +74,6 @@ struct alignas(64) qxRuleOperation {
     bool isOptional = false;
     bool isLast =
         false; ///< RULE and GROUP: of an alternative, and what is called may take over the frame of its body
-    bool isAll = false;     ///< such a one that is also the first
     char16_t token = 0;     ///< TOKEN
     unsigned int index = 0; ///< RULE and GROUP: of the body; FUNCTION: of the name
     unsigned int min = 1;   ///< SETS

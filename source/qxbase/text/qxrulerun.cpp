@@ -273,7 +273,7 @@ inline bool qxRuleRun::chooseWay(Entry& entry)
     entry.isAlone = entry.isPlain = entrance.isOnly;
     entry.way = entrance.ways;
     if (entrance.isOpen || m_isTracing) return true;
-    if (!entrance.choice || view.current == view.end || *view.current >= qxCharSet::BITS) {
+    if (!entrance.choice || !m_parser.hasData() || *view.current >= qxCharSet::BITS) {
         const unsigned int first = findAlternative(entrance.ways->alternative);
         while (first != NONE && entry.way->alternative != first) ++entry.way;
         return first != NONE;
@@ -361,7 +361,7 @@ inline bool qxRuleRun::chooseBody(Entry& entry)
             return false;
         }
         const qxRuleOperation& first = *entry.way->first;
-        if (!first.isAll || !entry.isAlone || m_isTracing) return true;
+        if (!first.isLast || !entry.isAlone || m_isTracing) return true;
         spendSteps(1);
         entry.node = indexOf(first);
         entry.isRule = first.kind == qxRuleOperation::RULE;

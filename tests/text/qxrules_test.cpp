@@ -145,11 +145,20 @@ TEST(qxRules, meetFaultsWhereTheyStand)
 
 TEST(qxRules, sayWhichCallsAnErrorPassedThrough)
 {
-    expectRows(RuleRows(),
-               "main ::= a 'b'; a ::= 'a' fFail; ~ ab => Parse Error:'Parse Error:'no luck' in rule 'a' at "
-               "(Line:1,Col:6) -> fFail' in rule 'main' at (Line:1,Col:2) -> a 'b'",
-               "'a' ('b' nosuch)? ~ ab => Parse Error:'Unknow parse function 'nosuch'' in rule 'main' at "
-               "(Line:1,Col:11) -> nosuch)?");
+    expectRows(
+        RuleRows(),
+        "main ::= a 'b'; a ::= 'a' fFail; ~ ab => Parse Error:'Parse Error:'no luck' in rule 'a' at "
+        "(Line:1,Col:6) -> fFail' in rule 'main' at (Line:1,Col:2) -> a 'b'",
+        "'a' ('b' nosuch)? ~ ab => Parse Error:'Unknow parse function 'nosuch'' in rule 'main' at "
+        "(Line:1,Col:11) -> nosuch)?",
+        "main ::= list; list ::= item (',' list)?; item ::= 'x' | set | 'e' fFail; set ::= '[' list ']'; "
+        "~ x,[x,e],x => Parse Error:'Parse Error:'Parse Error:'Parse Error:'Parse Error:'Parse Error:'"
+        "Parse Error:'Parse Error:'no luck' in rule 'item' at (Line:1,Col:18) -> fFail' "
+        "in rule 'list' at (Line:1,Col:2) -> item (',' list)?' "
+        "in rule 'list' at (Line:1,Col:12) -> list)?' in rule 'set' at (Line:1,Col:6) -> list ']'' "
+        "in rule 'item' at (Line:1,Col:8) -> set | 'e' fFail' "
+        "in rule 'list' at (Line:1,Col:2) -> item (',' list)?' "
+        "in rule 'list' at (Line:1,Col:12) -> list)?' in rule 'main' at (Line:1,Col:2) -> list");
 
     RuleParser parser; // at ten thousand levels the text stays short
     ASSERT_TRUE(parser.setParserString("main ::= 'a' main | 'b' fFail;"));
@@ -157,6 +166,55 @@ TEST(qxRules, sayWhichCallsAnErrorPassedThrough)
     EXPECT_LE(deep.size(), 4000U);
     EXPECT_NE(deep.find("'no luck' in rule 'main' at (Line:1,Col:17) -> fFail' in rule 'main'"),
               std::string::npos);
+}
+
+TEST(qxRules, goBackBeforeTheLastCallThatFails)
+{
+    expectRows(
+        RuleRows(),
+        "main ::= a 'y' | $ 'x' fA; a ::= $ b fB; b ::= 'x'? c; c ::= ('z' | d); d ::= 'y'; ~ xz => "
+        "OK [fA:x] |z",
+        "main ::= (X* b) (c)1 | 'z'; b ::= (d); d ::= 'y' | SP; c ::= $ 'x' fA; ~ y => No Match |y",
+        "main ::= list $ EOL fA; list ::= 'x' rest?; rest ::= ',' list; ~ x,x,y => OK [fA:,y] |",
+        "main ::= list fA; list ::= $ 'x' fB (',' list)? | 'y'; ~ x,x,z => OK [fB:x] [fB:x] [fA:x,x] |,z");
+
+    RuleParser parser; // too many alternatives for a table
+    std::string rules = "main ::= any any any; any ::= 'x'";
+    for (int i = 0; i < 100; ++i) rules += " | 'a" + std::to_string(i) + ";'";
+    ASSERT_TRUE(parser.setParserString((rules + ";").c_str()));
+    EXPECT_EQ(outcomeOf(parser, "a99;xa62;"), "OK |");
+}
+
+/// Runs a rule of its own set, and takes numbers.
+class NestingParser : public RuleParser
+{
+public:
+    NestingParser()
+    {
+        registerFunction("run", &NestingParser::run);
+        registerFunction("add", &NestingParser::add);
+    }
+    double total = 0.0;
+
+private:
+    qxParseResult run() { return parseRule("list"); }
+    qxParseResult add()
+    {
+        double number = -1.0;
+        if (!takeMarkedNumber(number)) return QX_PARSE_ERROR;
+        total += number;
+        return QX_PARSE_OK;
+    }
+};
+
+TEST(qxRules, runInsideFunctionsOfTheirOwner)
+{
+    NestingParser parser;
+    ASSERT_TRUE(parser.setParserString("main ::= (item ';')*; item ::= '<' nested; nested ::= run; "
+                                       "list ::= $ float add (',' list)?;"));
+    EXPECT_EQ(outcomeOf(parser, "<1,-2.5e1;<0.1,1" + std::string(100, '0') + ",x"),
+              "OK |<0.1,1" + std::string(100, '0') + ",x");
+    EXPECT_EQ(parser.total, 1.0 - 25.0 + 0.1 + 1e100); // what a function added is its owner's
 }
 
 TEST(qxRules, endWhatWouldNotEnd)

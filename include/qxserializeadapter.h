@@ -190,13 +190,22 @@ public:
 
     // URLs
 
-    /// Opens `url`, which is resolved against `base` when it is relative: a path, "file:" with a path,
-    /// "mem:address,length" with a block of this process (never hand on URLs from outside without refusing
-    /// this scheme), or what a registered manager opens. "file:" takes the path as it stands;
-    /// "file://" with an absolute path decodes %HH. Null, and a warning, when there is no such stream.
+    /// Opens `url`, which is resolved against `base` when it is relative. docs/urls.md tells the schemes; a manager
+    /// may be registered for others. Never hand on URLs from outside without refusing "mem", which names addresses in
+    /// this process. The adapter gets what stands behind "?" as its attributes, of which "encoding" (b64, hex or gz)
+    /// makes it decode what it reads and encode what it writes; its URL base becomes the folder of `url`. Null, and a
+    /// warning, when there is no such stream.
     static qxRefPointer<qxSerializeAdapter> getURLAdapter(const qxString& url,
                                                           qxSerializeAction action = QX_SERIALIZE_INPUT,
                                                           const qxString& base = qxString());
+
+    /// The value of the attribute `name` behind the "?" of `url`, with %HH decoded; `defaultValue` when there is none.
+    /// Plain paths and "file:" with a path have attributes only where what follows the last "?" looks like them.
+    static qxString getURLAttributeValue(const qxString& url, const qxString& name,
+                                         const qxString& defaultValue = qxString());
+
+    /// What the bytes at `url` are encoded as: its attribute "encoding" in lower case, empty when there is none.
+    static qxString getURLBaseEncoding(const qxString& url);
 
     /// `url` itself when it is absolute, else joined to the folder `base`, with "." and ".." taken away as
     /// far as that goes. Empty when the result would be too long for a string.

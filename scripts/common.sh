@@ -35,6 +35,7 @@ need_tools() {
     command -v "${CXX:-c++}" >/dev/null || missing+=(g++)
     command -v cmake >/dev/null || missing+=(cmake)
     command -v ninja >/dev/null || missing+=(ninja-build)
+    have_header zlib.h || missing+=(zlib1g-dev)
     for what in "$@"; do
         case $what in
         gtest) have_header gtest/gtest.h || missing+=(libgtest-dev) ;;
@@ -51,6 +52,7 @@ need_windows_tools() {
     command -v wine >/dev/null || missing+=(wine)
     [ -e /usr/lib/wine/wine64 ] || missing+=(wine64)
     [ -d /usr/src/googletest ] || missing+=(googletest)
+    [ -e /usr/x86_64-w64-mingw32/include/zlib.h ] || missing+=(libz-mingw-w64-dev)
     if [ ${#missing[@]} != 0 ]; then install_packages "${missing[@]}"; fi
 }
 

@@ -17,15 +17,27 @@ enum qxPlatformFileMode {
     QX_PLATFORM_FILE_CREATE, ///< "w+bc": reads and writes a new file; what the file held is gone.
 };
 
+/// The streams that a program is started with.
+enum qxPlatformStandardFile {
+    QX_PLATFORM_STANDARD_INPUT,
+    QX_PLATFORM_STANDARD_OUTPUT,
+    QX_PLATFORM_STANDARD_ERRORS,
+};
+
 /// An open file with a position. Nothing is buffered here: each block goes straight to the system.
 ///
-/// Lifetime: made by qxPlatformFileOpen or qxPlatformFileTemporary, ended by qxPlatformFileClose.
+/// Lifetime: made by qxPlatformFileOpen, qxPlatformFileStandard or qxPlatformFileTemporary, ended by qxPlatformFileClose.
 ///           Programs started by this one do not inherit it.
 /// Threads:  one at a time for the same file. Errors: each function hands out the system's number.
 struct qxPlatformFile;
 
 /// Opens the file `name` at position 0, or returns null.
 qxPlatformFile* qxPlatformFileOpen(const char* name, qxPlatformFileMode mode, int& error);
+
+/// Opens one of the streams that the program was started with, or returns null. Its bytes are taken and given as
+/// they are, whatever the C library does with them; what that still holds of output is written first. Closing it
+/// leaves the stream open to the others.
+qxPlatformFile* qxPlatformFileStandard(qxPlatformStandardFile which, int& error);
 
 /// Closes the file, which is gone in any case; returns false when the system could not keep what was
 /// written. Null is allowed.
@@ -44,6 +56,9 @@ bool qxPlatformFileSeek(qxPlatformFile* file, unsigned long long position, int& 
 /// `count` only at the end of the file (`error` 0) or after a failure.
 std::size_t qxPlatformFileRead(qxPlatformFile* file, void* bytes, std::size_t count, int& error);
 
+/// As qxPlatformFileRead, but waits for the first bytes only: 0 means the end (`error` 0) or a failure.
+std::size_t qxPlatformFileReadSome(qxPlatformFile* file, void* bytes, std::size_t count, int& error);
+
 /// Writes `count` bytes and moves the position behind them. Returns how many the system took: fewer
 /// than `count` only after a failure, such as a full disk.
 std::size_t qxPlatformFileWrite(qxPlatformFile* file, const void* bytes, std::size_t count, int& error);
@@ -53,6 +68,12 @@ bool qxPlatformFileFlush(qxPlatformFile* file, int& error);
 
 /// Waits until what was written is on the disk. What has no disk beneath it (a pipe) is always done.
 bool qxPlatformFileSync(qxPlatformFile* file, int& error);
+
+/// Whether `c` stands between the folders in names of files.
+bool qxPlatformFileIsSeparator(char c);
+
+/// Whether `name` is there and neither a plain file nor a directory: a pipe or a device, which tell no size.
+bool qxPlatformFileIsDevice(const char* name);
 
 /// Whether `name` can be replaced as a whole: it is a plain file or nothing at all, a link that leads to
 /// one included. False for directories, devices and pipes, and with `error` where that cannot be told.

@@ -2,6 +2,7 @@
 
 #include "serialize/qxurl.h"
 
+#include "platform/qxplatformfile.h"
 #include "qxserializeadapter.h"
 
 #include <algorithm>
@@ -53,12 +54,52 @@ std::size_t findPath(string_view url)
     return std::min(url.find('/', start + 2), url.size());
 }
 
-// Where the path ends: a question mark or number sign is part of a path, but ends that of a real URL.
-std::size_t findPathEnd(string_view url, std::size_t path)
+// Whether `url` is a plain path, or "file:" and one, to which most characters are as good as others.
+bool isPath(string_view url)
 {
     const string_view scheme = qxURLScheme(url);
-    if (scheme.empty() || path <= scheme.size() + 1) return url.size();
-    return std::min(url.find_first_of("?#", path), url.size());
+    if (scheme.empty()) return true;
+    const std::string lower = qxString(scheme.data(), scheme.size()).toLower().getString();
+    return lower == "file" && !url.substr(scheme.size() + 1).starts_with("//");
+}
+
+// A name and "=", without folders: what can hardly be meant as the rest of a path.
+bool looksLikeAttributes(string_view text)
+{
+    if (text.find('/') != string_view::npos) return false;
+    const string_view name = text.substr(0, std::min(text.find('='), text.size()));
+    const auto isNameCharacter = [](char c) { return isSchemeCharacter(c) || c == '_'; };
+    return !name.empty() && name.size() < text.size() &&
+           std::all_of(name.begin(), name.end(), isNameCharacter);
+}
+
+// Where what is behind the path begins: at "?" or "#".
+std::size_t findPathEnd(string_view url)
+{
+    if (!isPath(url)) return std::min(url.find_first_of("?#", qxURLScheme(url).size() + 1), url.size());
+    const std::size_t mark = url.rfind('?');
+    return mark != string_view::npos && looksLikeAttributes(url.substr(mark + 1)) ? mark : url.size();
+}
+
+bool isSeparator(char c, bool isInPath)
+{
+    return isInPath ? qxPlatformFileIsSeparator(c) : c == '/';
+}
+
+// Behind the last separator of `path`.
+std::size_t findName(string_view path, bool isInPath)
+{
+    std::size_t name = path.size();
+    while (name > 0 && !isSeparator(path[name - 1], isInPath)) --name;
+    return name;
+}
+
+// How many parts of an absolute path can not be left by ".."; what stands at its start is a drive, or a server and what
+// that shares. The first "/" is not among them.
+std::size_t countRoots(string_view path)
+{
+    if (path.starts_with('/')) return 3;
+    return isDrive(path) ? 1 : 0;
 }
 
 // Takes "." and ".." out of a path as far as that goes.
@@ -66,15 +107,16 @@ std::string straighten(string_view path)
 {
     const bool isAbsolute = path.starts_with('/');
     if (isAbsolute) path.remove_prefix(1);
+    const std::size_t roots = countRoots(path);
     std::vector<string_view> parts;
     bool endsInFolder = false;
     for (;;) {
         const std::size_t end = path.find('/');
         const string_view part = path.substr(0, end);
         endsInFolder = part == "." || part == "..";
-        if (part == ".." && !parts.empty() && parts.back() != "..")
+        if (part == ".." && parts.size() > roots && parts.back() != "..")
             parts.pop_back();
-        else if (part != "." && !(part == ".." && isAbsolute))
+        else if (part != "." && !(part == ".." && isAbsolute && roots == 0))
             parts.push_back(part);
         if (end == string_view::npos) break;
         path.remove_prefix(end + 1);
@@ -91,17 +133,21 @@ std::string straighten(string_view path)
 
 std::string join(string_view url, string_view base)
 {
+    base = qxURLBody(base);
+    const bool isInPath = isPath(base);
+    const string_view attributes = url.substr(findPathEnd(url));
+    url.remove_suffix(attributes.size());
     std::string result(base.substr(0, findPath(base)));
     std::string path(base.substr(result.size()));
-    if (url.starts_with('/')) {
+    if (!url.empty() && isSeparator(url[0], isInPath)) {
         const bool hasHost = result.find("//") != std::string::npos;
-        return hasHost ? result.append(url) : std::string(url);
+        return (hasHost ? result.append(url) : std::string(url)).append(attributes);
     }
-    const bool isWholeFolder =
-        path.empty() ? !result.ends_with('/') && result.find("//") == std::string::npos : path.ends_with('/');
+    const bool isWholeFolder = path.empty() ? !result.ends_with('/') && result.find("//") == std::string::npos
+                                            : isSeparator(path.back(), isInPath);
     if (!isWholeFolder) path += '/';
     path += url;
-    return result + straighten(path);
+    return (result + straighten(path)).append(attributes);
 }
 
 // Replaces %HH by the byte; a percent sign without two digits stands for itself.
@@ -142,15 +188,48 @@ string_view qxURLScheme(string_view url)
 qxString qxURLFolderOfPath(const qxString& path)
 {
     const string_view view = viewOf(path);
-    const string_view folder = view.substr(0, view.rfind('/') + 1); // no slash: npos + 1 is 0
+    std::string folder(view.substr(0, findName(view, true)));
+    for (char& c : folder)
+        if (qxPlatformFileIsSeparator(c)) c = '/';
     std::string url = "file:";
     if (!folder.starts_with("//")) {
         url += folder;
     } else { // what follows "file://" is decoded
         url += "//";
-        for (const char c : folder) url += c == '%' ? std::string("%25") : std::string(1, c);
+        for (const char c : folder) {
+            if (c == '%' || c == '?' || c == '#')
+                url += c == '%' ? "%25" : c == '?' ? "%3F" : "%23";
+            else
+                url += c;
+        }
     }
     return url.size() <= MAX_LENGTH ? qxString(url.data(), url.size()) : qxString();
+}
+
+string_view qxURLAttributes(string_view url)
+{
+    const std::size_t mark = findPathEnd(url);
+    if (mark == url.size() || url[mark] != '?') return {};
+    const string_view attributes = url.substr(mark + 1);
+    return isPath(url) ? attributes : attributes.substr(0, attributes.find('#'));
+}
+
+string_view qxURLBody(string_view url)
+{
+    return url.substr(0, findPathEnd(url));
+}
+
+bool qxURLAttribute(string_view attributes, string_view name, std::string& value)
+{
+    while (!attributes.empty()) {
+        const string_view attribute = attributes.substr(0, attributes.find('&'));
+        attributes.remove_prefix(std::min(attribute.size() + 1, attributes.size()));
+        const std::size_t equals = std::min(attribute.find('='), attribute.size());
+        if (decodePercent(attribute.substr(0, equals)) != name) continue;
+        value = decodePercent(attribute.substr(std::min(equals + 1, attribute.size())));
+        return true;
+    }
+    return false;
 }
 
 bool qxURLToPath(string_view url, std::string& path)
@@ -196,10 +275,21 @@ qxString qxSerializeAdapter::resolveURL(const qxString& url, const qxString& bas
 
 qxString qxSerializeAdapter::getURLFolder(const qxString& url)
 {
-    const string_view view = viewOf(url);
-    const std::size_t path = findPath(view);
-    const string_view document = view.substr(0, findPathEnd(view, path));
-    const std::size_t slash = document.rfind('/');
-    const bool hasFolder = slash != string_view::npos && slash >= path;
-    return qxString(document.data(), hasFolder ? slash + 1 : path);
+    const string_view document = qxURLBody(viewOf(url));
+    const std::size_t path = std::min(findPath(document), document.size());
+    const std::size_t name = findName(document.substr(path), isPath(document));
+    return qxString(document.data(), path + name);
+}
+
+qxString qxSerializeAdapter::getURLAttributeValue(const qxString& url, const qxString& name,
+                                                  const qxString& defaultValue)
+{
+    std::string value;
+    if (!qxURLAttribute(qxURLAttributes(viewOf(url)), viewOf(name), value)) return defaultValue;
+    return value.size() <= MAX_LENGTH ? qxString(value.data(), value.size()) : defaultValue;
+}
+
+qxString qxSerializeAdapter::getURLBaseEncoding(const qxString& url)
+{
+    return getURLAttributeValue(url, "encoding").toLower();
 }

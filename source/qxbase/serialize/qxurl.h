@@ -19,7 +19,18 @@ std::string_view qxURLScheme(std::string_view url);
 /// Whether `name` can be a scheme: a letter, then at least one letter, digit, "+", "-" or ".".
 bool qxURLIsScheme(std::string_view name);
 
-/// The path that the "file:" URL or plain path `url` names; false for one on another machine and for a zero
+/// What stands behind the "?" of `url`, up to a "#". Plain paths and "file:" with a path have attributes only where what
+/// follows the last "?" looks like them, a name and "=" without a "/": otherwise it is part of the path.
+std::string_view qxURLAttributes(std::string_view url);
+
+/// `url` without its attributes and without what follows a "#"; a plain path or "file:" with a path keeps its "#".
+std::string_view qxURLBody(std::string_view url);
+
+/// The value of the attribute `name` among `attributes`, "name=value" joined by "&", with %HH decoded in both; false
+/// when there is none.
+bool qxURLAttribute(std::string_view attributes, std::string_view name, std::string& value);
+
+/// The path that the "file:" URL or plain path `url`, without attributes, names; false for one on another machine and for a zero
 /// byte in the name.
 bool qxURLToPath(std::string_view url, std::string& path);
 

@@ -5,9 +5,11 @@
 #include "platform/posix/qxplatformfile_posix.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <memory>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -46,6 +48,15 @@ bool isDirectory(int descriptor)
     return fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// After a failed call: whether to try again. A stream shared with others may have been told by them not to wait.
+bool isWorthRetrying(int descriptor, short event)
+{
+    if (errno == EINTR) return true;
+    if (errno != EAGAIN) return false;
+    pollfd wait = {descriptor, event, 0};
+    return poll(&wait, 1, -1) > 0 || errno == EINTR;
+}
+
 } // namespace
 
 qxPlatformFile* qxPlatformFileOpen(const char* name, qxPlatformFileMode mode, int& error)
@@ -62,6 +73,15 @@ qxPlatformFile* qxPlatformFileOpen(const char* name, qxPlatformFileMode mode, in
         return nullptr;
     }
     return file.release();
+}
+
+qxPlatformFile* qxPlatformFileStandard(qxPlatformStandardFile which, int& error)
+{
+    const int descriptors[] = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    if (which == QX_PLATFORM_STANDARD_OUTPUT) std::fflush(stdout);
+    auto file = std::make_unique<qxPlatformFile>();
+    file->descriptor = fcntl(descriptors[which], F_DUPFD_CLOEXEC, 0);
+    return report(file->descriptor >= 0, error) ? file.release() : nullptr;
 }
 
 bool qxPlatformFileClose(qxPlatformFile* file, int& error)
@@ -105,12 +125,24 @@ std::size_t qxPlatformFileRead(qxPlatformFile* file, void* bytes, std::size_t co
         const ssize_t part = read(file->descriptor, start + done, count - done);
         if (part > 0) {
             done += static_cast<std::size_t>(part);
-        } else if (part == 0 || errno != EINTR) {
+        } else if (part == 0 || !isWorthRetrying(file->descriptor, POLLIN)) {
             report(part == 0, error);
             break;
         }
     }
     return done;
+}
+
+std::size_t qxPlatformFileReadSome(qxPlatformFile* file, void* bytes, std::size_t count, int& error)
+{
+    error = 0;
+    for (;;) {
+        const ssize_t part = read(file->descriptor, bytes, count);
+        if (part >= 0) return static_cast<std::size_t>(part);
+        if (!isWorthRetrying(file->descriptor, POLLIN)) break;
+    }
+    error = errno;
+    return 0;
 }
 
 std::size_t qxPlatformFileWrite(qxPlatformFile* file, const void* bytes, std::size_t count, int& error)
@@ -122,7 +154,7 @@ std::size_t qxPlatformFileWrite(qxPlatformFile* file, const void* bytes, std::si
         const ssize_t part = write(file->descriptor, start + done, count - done);
         if (part >= 0) {
             done += static_cast<std::size_t>(part);
-        } else if (errno != EINTR) {
+        } else if (!isWorthRetrying(file->descriptor, POLLOUT)) {
             error = errno;
             break;
         }
@@ -149,6 +181,11 @@ bool qxSyncDescriptor(int descriptor)
     } while (result != 0 && errno == EINTR);
     // These say that there is no disk to wait for.
     return result == 0 || errno == EINVAL || errno == EROFS || errno == ENOTSUP;
+}
+
+bool qxPlatformFileIsSeparator(char c)
+{
+    return c == '/';
 }
 
 bool qxPlatformFileRemove(const char* name, int& error)

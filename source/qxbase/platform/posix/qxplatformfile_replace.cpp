@@ -97,6 +97,12 @@ bool qxPlatformFileIsReplaceable(const char* name, int& error)
     return false;
 }
 
+bool qxPlatformFileIsDevice(const char* name)
+{
+    Target target;
+    return inspect(name, target) == EOPNOTSUPP;
+}
+
 qxPlatformFile* qxPlatformFileTemporary(const char* targetName, std::string& name, int& error)
 {
     static std::atomic<unsigned int> s_counter{0};

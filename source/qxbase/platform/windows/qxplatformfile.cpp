@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <memory>
 
+#include <fcntl.h>
 #include <io.h>
 #include <sys/stat.h>
 
@@ -17,6 +18,7 @@ namespace
 
 constexpr unsigned long long LAST_POSITION = 0x7FFFFFFFFFFFFFFFULL;
 constexpr std::size_t LARGEST_PIECE = 1U << 30; // the C library counts the bytes of a call in an int
+constexpr char CONTROL_Z = 26;                  // how a user ends what he types
 
 // "N": programs started by this one do not inherit the file. "c": flushing commits to the disk.
 const wchar_t* modeText(qxPlatformFileMode mode)
@@ -91,6 +93,20 @@ qxPlatformFile* qxPlatformFileOpen(const char* name, qxPlatformFileMode mode, in
     return reportName(file->stream != nullptr, wideName, error) ? file.release() : nullptr;
 }
 
+qxPlatformFile* qxPlatformFileStandard(qxPlatformStandardFile which, int& error)
+{
+    if (which == QX_PLATFORM_STANDARD_OUTPUT) fflush(stdout);
+    const int descriptor = _dup(static_cast<int>(which)); // their numbers are 0, 1 and 2
+    if (!report(descriptor >= 0, error)) return nullptr;
+    _setmode(descriptor, _O_BINARY); // of this copy only
+    auto file = std::make_unique<qxPlatformFile>();
+    file->isWritable = which != QX_PLATFORM_STANDARD_INPUT;
+    file->stream = _fdopen(descriptor, file->isWritable ? "wb" : "rb");
+    if (report(file->stream != nullptr, error)) return file.release();
+    _close(descriptor);
+    return nullptr;
+}
+
 bool qxPlatformFileClose(qxPlatformFile* file, int& error)
 {
     error = 0;
@@ -129,6 +145,18 @@ std::size_t qxPlatformFileRead(qxPlatformFile* file, void* bytes, std::size_t co
     });
 }
 
+std::size_t qxPlatformFileReadSome(qxPlatformFile* file, void* bytes, std::size_t count, int& error)
+{
+    const int descriptor = descriptorOf(file);
+    const int part = _read(descriptor, bytes, static_cast<unsigned int>(std::min(count, LARGEST_PIECE)));
+    // The writers of a pipe are gone: its end, not a failure.
+    const bool isEnd = part < 0 && GetLastError() == ERROR_BROKEN_PIPE;
+    report(part >= 0 || isEnd, error);
+    if (part <= 0) return 0;
+    const bool isEndKey = *static_cast<const char*>(bytes) == CONTROL_Z && _isatty(descriptor);
+    return isEndKey ? 0 : static_cast<std::size_t>(part);
+}
+
 std::size_t qxPlatformFileWrite(qxPlatformFile* file, const void* bytes, std::size_t count, int& error)
 {
     const std::size_t done = moveAll(count, error, [&](std::size_t start, unsigned int size) {
@@ -149,6 +177,11 @@ bool qxPlatformFileSync(qxPlatformFile* file, int& error)
     struct _stat64 status;
     const bool hasDisk = _fstat64(descriptorOf(file), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
     return report(!file->isWritable || !hasDisk || _commit(descriptorOf(file)) == 0, error);
+}
+
+bool qxPlatformFileIsSeparator(char c)
+{
+    return c == '/' || c == '\\';
 }
 
 bool qxPlatformFileRemove(const char* name, int& error)

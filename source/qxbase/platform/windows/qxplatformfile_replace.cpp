@@ -87,6 +87,12 @@ bool qxPlatformFileIsReplaceable(const char* name, int& error)
     return false;
 }
 
+bool qxPlatformFileIsDevice(const char* name)
+{
+    Target target;
+    return inspect(name, target) == NOT_PLAIN;
+}
+
 qxPlatformFile* qxPlatformFileTemporary(const char* targetName, std::string& name, int& error)
 {
     static std::atomic<unsigned int> s_counter{0};

@@ -2,6 +2,7 @@
 
 #include "qxserializeadapter.h"
 
+#include "qxserializeadaptercache.h"
 #include "qxserializeadapterfile.h"
 #include "qxserializeadaptermemory.h"
 #include "qxtestfolder.h"
@@ -60,6 +61,14 @@ TEST(qxSerializeAdapterURL, resolvesAgainstAFolder)
         {"zip:b", "a/", "zip:b"},
         {"c:\\b.xml", "a/", "c:\\b.xml"},
         {"", "a/", ""},
+        {"b.xml?a=../c", "x/y/", "x/y/b.xml?a=../c"},
+        {"../b.xml?a=x%2Fy", "file:/x/y/", "file:/x/b.xml?a=x%2Fy"},
+        {"../b.xml?a=1/../2#/..", "http://host/x/y/?q=1", "http://host/x/b.xml?a=1/../2#/.."},
+        {"../../../b.xml", "C:/x/", "C:/../../b.xml"}, // a drive is not left
+        {"../../b.xml", "file:///C:/x/", "file:///C:/../b.xml"},
+        {"../b.xml", "file:////server/share/x/", "file:////server/share/b.xml"},
+        {"../../b.xml", "//server/share/x/", "//server/share/../b.xml"}, // nor what a server shares
+        {"b.xml", "cache:", "cache:b.xml"},
     };
     for (const auto& row : rows)
         EXPECT_STREQ(qxSerializeAdapter::resolveURL(row.url, row.base), row.result)
@@ -81,6 +90,9 @@ TEST(qxSerializeAdapterURL, folderOfADocument)
         {"x/", "x/"},
         {"/a.xml", "/"},
         {"x?y/a.xml", "x?y/"},
+        {"x?y=1/a.xml", "x?y=1/"},
+        {"x/a.xml?y=/", "x/a.xml?y=/"},
+        {"x/a.xml?y=%2F", "x/"},
         {"file:a.xml", "file:"},
         {"file:/x/a", "file:/x/"},
         {"http://host", "http://host"},
@@ -172,6 +184,7 @@ TEST(qxSerializeAdapterURL, warnsAboutWhatItCannotOpen)
 {
     const TestFolder folder;
     const std::string missing = folder.name("no 100%d.xml");
+    const std::string there = folder.write("there", "");
     const std::string longURL(65000, 'x');
     const struct {
         std::string url;
@@ -184,6 +197,15 @@ TEST(qxSerializeAdapterURL, warnsAboutWhatItCannotOpen)
         {"file://otherhost/a", "", "Could not create URL Adapter 'file://otherhost/a'"},
         {"file:///a%00b", "", "Could not create URL Adapter 'file:///a%00b'"},
         {longURL, "file:/" + longURL, "Could not create URL Adapter '" + longURL.substr(0, 16384) + "'"},
+        {missing + "?encoding=ROT13", "",
+         "URL Adapter (" + missing + "?encoding=ROT13) Error:Could not open '" + missing +
+             "' for reading (No such file or directory)"},
+        {there + "?encoding=ROT13", "",
+         "URL Adapter (" + there + "?encoding=ROT13) Error:Unknown encoding 'rot13'"},
+        {"cache:", "", "Could not create URL Adapter 'cache:'"},
+        {"cache:no", "",
+         "URL Adapter (cache:no) Error:Could not open 'no' for reading (nothing was written under this "
+         "name)"},
         {missing, "",
          "URL Adapter (" + missing + ") Error:Could not open '" + missing +
              "' for reading (No such file or directory)"},
@@ -204,6 +226,112 @@ TEST(qxSerializeAdapterURL, warnsAboutWhatItCannotOpen)
                   std::vector<std::string>{"Wrong syntax in (mem:address,len) adapter arguments (" +
                                            arguments + ")"});
     }
+}
+
+TEST(qxSerializeAdapterURL, attributes)
+{
+    const struct {
+        const char* url;
+        const char* name;
+        const char* value;
+    } rows[] = {
+        {"a.xml?x=1&y=2&x=3", "x", "1"},
+        {"a.xml?x=1&y=2", "y", "2"},
+        {"a.xml?x=1&y=2", "z", "(none)"},
+        {"file:a.xml?x=", "x", ""},
+        {"a.xml?%78=a%26b%3Dc+d%zz%", "x", "a&b=c+d%zz%"},
+        {"http://host/a?x&y=1#z=2", "x", ""},
+        {"http://host/a?x&y=1#z=2", "y", "1"},
+        {"http://host/a?p=a?b", "p", "a?b"},
+        {"http://host/a#?x=1", "x", "(none)"},
+        {"cache:a?x=1", "x", "1"},
+        {"mem:1,2?x=/", "x", "/"},
+        {"what?.xml", "", "(none)"}, // part of the name
+        {"what?x=1/a", "x", "(none)"},
+        {"what?x=1?y=2", "x", "(none)"},
+        {"what?x=1?y=2", "y", "2"},
+        {"what?two words=2", "two words", "(none)"},
+        {"//?/C:/a?x=1", "x", "1"},
+        {"a?x=1&&y=2&", "y", "2"},
+        {"?x=1", "x", "1"},
+        {"", "x", "(none)"},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(qxSerializeAdapter::getURLAttributeValue(row.url, row.name, "(none)"), row.value)
+            << row.url << " " << row.name;
+    EXPECT_STREQ(qxSerializeAdapter::getURLBaseEncoding("a?encoding=GZ"), "gz");
+    EXPECT_STREQ(qxSerializeAdapter::getURLBaseEncoding("a"), "");
+}
+
+TEST(qxSerializeAdapterURL, attributesAreNoPartOfTheName)
+{
+    const TestFolder folder;
+    folder.write("a", "content");
+    folder.write("a?b", "question");
+    const std::string slash = folder.name()[0] == '/' ? "" : "/";
+    const struct {
+        std::string url;
+        const char* content;
+        const char* attributes;
+    } rows[] = {
+        {folder.name() + "/a?x=1&y=%26", "content", "x=1&y=%26"},
+        {"file:" + folder.name() + "/a?x=1", "content", "x=1"},
+        {"file://" + slash + folder.name() + "/a?any#thing", "content", "any"},
+        {"file://" + slash + folder.name() + "/a#thing", "content", ""},
+        {folder.name() + "/a?b", folder.name()[0] == '/' ? "question" : nullptr, ""},
+        {"file://" + slash + folder.name() + "/a%3Fb?x=1", folder.name()[0] == '/' ? "question" : nullptr,
+         "x=1"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.url);
+        if (!row.content) continue; // the system has no such names
+        const Stream stream = qxSerializeAdapter::getURLAdapter(row.url.c_str());
+        ASSERT_TRUE(stream);
+        EXPECT_EQ(readAll(*stream), row.content);
+        EXPECT_STREQ(stream->getAttributes(), row.attributes);
+        EXPECT_TRUE(std::string(stream->getURLBase()).ends_with(folder.name() + "/"))
+            << stream->getURLBase().getString();
+    }
+}
+
+TEST(qxSerializeAdapterURL, encodingsAreReadAndWritten)
+{
+    const TestFolder folder;
+    const std::string url = folder.name("a");
+    for (const char* const encoding : {"b64", "HEX", "gz"}) {
+        SCOPED_TRACE(encoding);
+        const std::string encoded = url + "?encoding=" + encoding;
+        {
+            const Stream stream = qxSerializeAdapter::getURLAdapter(encoded.c_str(), QX_SERIALIZE_OUTPUT);
+            ASSERT_TRUE(stream);
+            writeText(*stream, "some bytes");
+        }
+        EXPECT_NE(folder.read("a"), "some bytes");
+        const Stream stream = qxSerializeAdapter::getURLAdapter(encoded.c_str());
+        EXPECT_EQ(readAll(*stream), "some bytes");
+        EXPECT_STREQ(stream->getURLBase(), ("file:" + folder.name() + "/").c_str());
+        EXPECT_STREQ(stream->getName(), url.c_str());
+    }
+    writeText(*qxSerializeAdapter::getURLAdapter((url + "?encoding=gz").c_str(), QX_SERIALIZE_APPEND),
+              ", more");
+    EXPECT_EQ(readAll(*qxSerializeAdapter::getURLAdapter((url + "?encoding=gz").c_str())),
+              "some bytes, more");
+
+    MessageRecorder recorder;
+    EXPECT_FALSE(qxSerializeAdapter::getURLAdapter((url + "?encoding=b64").c_str(), QX_SERIALIZE_APPEND));
+    EXPECT_EQ(recorder.texts(),
+              std::vector<std::string>{"URL Adapter (" + url +
+                                       "?encoding=b64) Error:Nothing can be appended to Base64"});
+}
+
+TEST(qxSerializeAdapterURL, namedMemoryIsShared)
+{
+    writeText(*qxSerializeAdapter::getURLAdapter("cache:some/name?encoding=hex", QX_SERIALIZE_OUTPUT), "JK");
+    const Stream stream = qxSerializeAdapter::getURLAdapter("CACHE:some/name");
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(readAll(*stream), "4A4B");
+    EXPECT_STREQ(stream->getURLBase(), "");
+    EXPECT_TRUE(qxSerializeAdapterCache::remove("some/name"));
 }
 
 /// Opens its URLs as streams of their own text.

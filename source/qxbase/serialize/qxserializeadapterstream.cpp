@@ -6,6 +6,7 @@
 #include "platform/qxplatformfile.h"
 #include "qxmessage.h"
 #include "serialize/qxcuttext.h"
+#include "serialize/qxurl.h"
 
 #include <algorithm>
 #include <cstring>
@@ -39,7 +40,10 @@ qxRefPointer<qxSerializeAdapter> qxSerializeAdapterStream::openDevice(const qxSt
 {
     int error = 0;
     qxPlatformFile* const file = qxPlatformFileOpen(path.getString(), QX_PLATFORM_FILE_READ, error);
-    return new qxSerializeAdapterStream(path, QX_SERIALIZE_INPUT, file, error);
+    const qxRefPointer<qxSerializeAdapter> adapter(
+        new qxSerializeAdapterStream(path, QX_SERIALIZE_INPUT, file, error));
+    adapter->setURLBase(qxURLFolderOfPath(path));
+    return adapter;
 }
 
 qxSerializeAdapterStream::qxSerializeAdapterStream(const qxString& name, qxSerializeAction action,

@@ -68,7 +68,7 @@ bool looksLikeAttributes(string_view text)
 {
     if (text.find('/') != string_view::npos) return false;
     const string_view name = text.substr(0, std::min(text.find('='), text.size()));
-    const auto isNameCharacter = [](char c) { return isSchemeCharacter(c) || c == '_'; };
+    const auto isNameCharacter = [](char c) { return isSchemeCharacter(c) || c == '_' || c == '%'; };
     return !name.empty() && name.size() < text.size() &&
            std::all_of(name.begin(), name.end(), isNameCharacter);
 }
@@ -135,7 +135,8 @@ std::string join(string_view url, string_view base)
 {
     base = qxURLBody(base);
     const bool isInPath = isPath(base);
-    const string_view attributes = url.substr(findPathEnd(url));
+    const string_view attributes =
+        url.substr(isInPath ? findPathEnd(url) : std::min(url.find_first_of("?#"), url.size()));
     url.remove_suffix(attributes.size());
     std::string result(base.substr(0, findPath(base)));
     std::string path(base.substr(result.size()));

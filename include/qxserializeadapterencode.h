@@ -41,6 +41,7 @@ class QX_API qxSerializeAdapterBase64 : public qxSerializeAdapterEncode
 {
 public:
     qxSerializeAdapterBase64(const qxRefPointer<qxSerializeAdapter>& stream, qxSerializeAction action);
+    ~qxSerializeAdapterBase64() noexcept(false) override;
 
     QX_DECLARE_TYPE;
 };
@@ -51,6 +52,7 @@ class QX_API qxSerializeAdapterHex : public qxSerializeAdapterEncode
 {
 public:
     qxSerializeAdapterHex(const qxRefPointer<qxSerializeAdapter>& stream, qxSerializeAction action);
+    ~qxSerializeAdapterHex() noexcept(false) override;
 
     QX_DECLARE_TYPE;
 };

@@ -69,6 +69,8 @@ TEST(qxSerializeAdapterURL, resolvesAgainstAFolder)
         {"../b.xml", "file:////server/share/x/", "file:////server/share/b.xml"},
         {"../../b.xml", "//server/share/x/", "//server/share/../b.xml"}, // nor what a server shares
         {"b.xml", "cache:", "cache:b.xml"},
+        {"../mem:1,2", "a/", "./mem:1,2"}, // a file of that name
+        {"./mem:1,2", "a/..", "./mem:1,2"},
     };
     for (const auto& row : rows)
         EXPECT_STREQ(qxSerializeAdapter::resolveURL(row.url, row.base), row.result)

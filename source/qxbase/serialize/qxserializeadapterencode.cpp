@@ -101,7 +101,11 @@ qxSerializeAdapterBase64::qxSerializeAdapterBase64(const qxRefPointer<qxSerializ
     : qxSerializeAdapterEncode(stream, action, true)
 {}
 
+qxSerializeAdapterBase64::~qxSerializeAdapterBase64() noexcept(false) = default;
+
 qxSerializeAdapterHex::qxSerializeAdapterHex(const qxRefPointer<qxSerializeAdapter>& stream,
                                              qxSerializeAction action)
     : qxSerializeAdapterEncode(stream, action, false)
 {}
+
+qxSerializeAdapterHex::~qxSerializeAdapterHex() noexcept(false) = default;

@@ -148,7 +148,9 @@ std::string join(string_view url, string_view base)
                                             : isSeparator(path.back(), isInPath);
     if (!isWholeFolder) path += '/';
     path += url;
-    return (result + straighten(path)).append(attributes);
+    path = straighten(path);
+    if (result.empty() && !qxURLScheme(path).empty()) result = "./"; // or a file's name would become a scheme
+    return (result + path).append(attributes);
 }
 
 // Replaces %HH by the byte; a percent sign without two digits stands for itself.

@@ -17,7 +17,7 @@ namespace
 
 using Stream = qxRefPointer<qxSerializeAdapter>;
 
-constexpr std::size_t MOST_BYTES = 1 << 21; // a few compressed bytes may become many
+constexpr std::size_t MOST_BYTES = 150000; // a few compressed bytes may become many
 
 void require(bool condition)
 {

@@ -214,6 +214,9 @@ public:
     /// The folder of the document at `url`, with its final "/": what relative URLs in it are meant from.
     static qxString getURLFolder(const qxString& url);
 
+    /// The name of the file that `url`, a path or "file:", stands for, without its attributes; empty for other URLs.
+    static qxString getURLPath(const qxString& url);
+
     /// The scheme in lower case, empty for paths; a single letter is a drive, not a scheme.
     static qxString getURLScheme(const qxString& url);
 

@@ -27,10 +27,11 @@ public:
 
     unsigned char supportAction(qxSerializeAction action) override;
 
-    /// When writing, hands on what can be encoded without an end and flushes the other stream.
+    /// When writing, hands on what can be encoded without an end and flushes the other stream, unless that is a block
+    /// of memory, which a flush would empty.
     void flush() override;
 
-    /// When writing, writes the end and flushes the other stream, once. True when there never was an error. What is
+    /// When writing, writes the end and flushes the other stream as above, once. True when there never was an error. What is
     /// written afterwards is an error.
     bool close();
 
@@ -84,6 +85,7 @@ private:
 
     bool fill();
     void encodeWaiting();
+    void flushStream();
     void takeError();
 
     const qxRefPointer<qxSerializeAdapter> m_stream;

@@ -24,6 +24,9 @@ public:
     /// Nothing can be written afterwards.
     bool commit();
 
+    /// The name of the file that is written, for programs that end in the middle; empty when there is none any more.
+    const qxString& getTemporaryName() const { return m_temporary; }
+
     /// True when `fileName` is an ordinary file or nothing at all; false for directories, devices and pipes,
     /// which can only be written to.
     static bool canReplace(const qxString& fileName);

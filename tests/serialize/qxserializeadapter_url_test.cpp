@@ -265,6 +265,25 @@ TEST(qxSerializeAdapterURL, attributes)
     EXPECT_STREQ(qxSerializeAdapter::getURLBaseEncoding("a"), "");
 }
 
+TEST(qxSerializeAdapterURL, pathsOfFiles)
+{
+    const struct {
+        const char* url;
+        const char* path;
+    } rows[] = {
+        {"a b?c", "a b?c"},
+        {"a%20b?x=1", "a%20b"},
+        {"FILE:/a#b?x=1", "/a#b"},
+        {"file:///a%20b?x", "/a b"},
+        {"file://host/a", ""},
+        {"file:///a%00", ""},
+        {"con:", ""},
+        {"", ""},
+        {"file://localhost/C:/a", "/C:/a"},
+    };
+    for (const auto& row : rows) EXPECT_STREQ(qxSerializeAdapter::getURLPath(row.url), row.path) << row.url;
+}
+
 TEST(qxSerializeAdapterURL, attributesAreNoPartOfTheName)
 {
     const TestFolder folder;

@@ -2,6 +2,7 @@
 
 #include "qxserializeadapterencode.h"
 
+#include "qxserializeadaptermemory.h"
 #include "qxserializeadapterqueue.h"
 #include "qxteststream.h"
 #include "qxtestsupport.h"
@@ -171,6 +172,18 @@ TEST(qxSerializeAdapterFilter, takesOverErrorsOfTheOtherStream)
     }
     EXPECT_EQ(recorder.texts(), std::vector<std::string>{"Queue Adapter written beyond its largest size"});
     EXPECT_EQ(small->getRef(), 1U);
+}
+
+TEST(qxSerializeAdapterFilter, aBlockOfMemoryKeepsWhatIsWritten)
+{
+    char block[10] = "";
+    auto* const memory = new qxSerializeAdapterMemory(block, 10);
+    qxSerializeAdapterHex writer(memory, QX_SERIALIZE_OUTPUT);
+    writeText(writer, "JK");
+    writer.flush();
+    EXPECT_TRUE(writer.close());
+    EXPECT_EQ(memory->getCurrentPos(), 4U);
+    EXPECT_STREQ(block, "4A4B");
 }
 
 TEST(qxSerializeAdapterFilter, needsAStream)

@@ -43,8 +43,10 @@ qxStatus parseAndAnswer(qxReport& report, qxTool& tool, const std::vector<std::s
 
 qxTool::qxTool()
     : qxCommandLine(
-          "qx", "Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and "
-                "shows values; takes texts apart and matches them by rules and patterns.")
+          "qx",
+          "Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and "
+          "shows values; copies from any URL to any other; takes texts apart and matches them by rules and "
+          "patterns.")
 {
     setDescription(DESCRIPTION);
     setFooter(FOOTER);
@@ -63,6 +65,9 @@ qxTool::qxTool()
     declareId(*this);
     declareTime(*this);
     declareBin(*this);
+
+    addHeading("Byte streams");
+    declareCopy(*this);
 
     addHeading("Texts");
     declareLex(*this);

@@ -61,6 +61,7 @@ void declareXmlFormat(qxTool& tool);
 void declareId(qxTool& tool);
 void declareTime(qxTool& tool);
 void declareBin(qxTool& tool);
+void declareCopy(qxTool& tool); // and cat
 void declareLex(qxTool& tool);
 void declareArgs(qxTool& tool);
 void declareParse(qxTool& tool);

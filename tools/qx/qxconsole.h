@@ -16,3 +16,7 @@ void qxConsoleUseBinaryStreams();
 
 /// The words of the command line behind the program's name, in UTF-8. `words` are those of `main`, `count` of them.
 std::vector<std::string> qxConsoleWords(int count, char** words);
+
+/// Removes the file `leftOver`, unless that is empty, and ends the tool with `status`; for the handlers of signals. Does
+/// nothing where a system does not let go of an open file.
+void qxConsoleEnd(const char* leftOver, int status);

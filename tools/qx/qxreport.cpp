@@ -8,6 +8,7 @@
 #include "qxprogressbar.h"
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -24,10 +25,13 @@ const char BOLD_GREEN[] = "\033[1;32m";
 constexpr std::size_t CONTEXT = 60;
 
 volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t isEndingQuickly = 0;
+char leftOverFile[4096]; // not touched while that is set
 
 void onInterrupt(int)
 {
     interrupted = 1;
+    if (isEndingQuickly) qxConsoleEnd(leftOverFile, static_cast<int>(qxStatus::INTERRUPTED));
     std::signal(SIGINT, SIG_DFL); // a second one ends the tool wherever it is
 }
 
@@ -99,6 +103,20 @@ bool isInterrupted()
 void watchInterrupts()
 {
     std::signal(SIGINT, onInterrupt);
+}
+
+qxQuickEnd::qxQuickEnd(const std::string& leftOver)
+{
+    if (leftOver.size() >= sizeof(leftOverFile)) return;
+    leftOver.copy(leftOverFile, leftOver.size());
+    leftOverFile[leftOver.size()] = 0;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    isEndingQuickly = 1;
+}
+
+qxQuickEnd::~qxQuickEnd()
+{
+    isEndingQuickly = 0;
 }
 
 qxReport::qxReport() : m_hasTerminal(qxConsoleIsTerminal(qxConsoleStream::ERRORS))

@@ -70,3 +70,14 @@ qxStatus readDocument(qxReport& report, const std::string& file, qxXmlSax& reade
 /// Whether the user wants the tool to stop. Set by the interrupt key.
 bool isInterrupted();
 void watchInterrupts();
+
+/// While one lives the interrupt key ends the tool at once, wherever it waits, and removes the file `leftOver`. Where a
+/// system does not let go of an open file, the key sets what isInterrupted tells.
+class qxQuickEnd
+{
+public:
+    explicit qxQuickEnd(const std::string& leftOver);
+    ~qxQuickEnd();
+    qxQuickEnd(const qxQuickEnd&) = delete;
+    qxQuickEnd& operator=(const qxQuickEnd&) = delete;
+};

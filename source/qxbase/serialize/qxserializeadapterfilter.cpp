@@ -4,6 +4,7 @@
 
 #include "qxerror.h"
 #include "qxmessage.h"
+#include "qxserializeadaptermemory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -80,7 +81,13 @@ void qxSerializeAdapterFilter::flush()
     if (isReading() || m_isDone) return;
     encodeWaiting();
     if (!qxSerializeAdapter::hasError()) encodeFlush();
-    m_stream->flush();
+    flushStream();
+}
+
+void qxSerializeAdapterFilter::flushStream()
+{
+    // A flush empties a block of memory, and there is nothing beneath it that it could hand on to.
+    if (!m_stream->isOfType(qxSerializeAdapterMemory::getClassType())) m_stream->flush();
     takeError();
 }
 
@@ -91,8 +98,7 @@ bool qxSerializeAdapterFilter::close()
         if (!qxSerializeAdapter::hasError()) encodeEnd();
         m_isDone = true;
         m_window.roomEnd = nullptr;
-        m_stream->flush();
-        takeError();
+        flushStream();
     }
     return !qxSerializeAdapter::hasError();
 }

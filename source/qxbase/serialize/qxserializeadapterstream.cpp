@@ -48,7 +48,7 @@ qxRefPointer<qxSerializeAdapter> qxSerializeAdapterStream::openDevice(const qxSt
 
 qxSerializeAdapterStream::qxSerializeAdapterStream(const qxString& name, qxSerializeAction action,
                                                    qxPlatformFile* file, int systemError)
-    : m_action(action), m_file(file), m_isDone(!file)
+    : m_action(action == QX_SERIALIZE_APPEND ? QX_SERIALIZE_OUTPUT : action), m_file(file), m_isDone(!file)
 {
     setName(name);
     if (!file) {

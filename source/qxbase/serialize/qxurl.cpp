@@ -284,6 +284,15 @@ qxString qxSerializeAdapter::getURLFolder(const qxString& url)
     return qxString(document.data(), path + name);
 }
 
+qxString qxSerializeAdapter::getURLPath(const qxString& url)
+{
+    const qxString scheme = getURLScheme(url);
+    std::string path;
+    const bool isFile = scheme.isEmpty() || scheme == "file";
+    if (!isFile || !qxURLToPath(qxURLBody(viewOf(url)), path)) return qxString();
+    return qxString(path.data(), path.size());
+}
+
 qxString qxSerializeAdapter::getURLAttributeValue(const qxString& url, const qxString& name,
                                                   const qxString& defaultValue)
 {

@@ -105,8 +105,9 @@ TEST(qxSerializeAdapterConsole, writesAtFlushAndAtTheEnd)
     for (const char* const url : {"con:", "CON:error"}) {
         StandardPipe output(std::string(url) == "con:" ? STDOUT_FILENO : STDERR_FILENO);
         {
-            const Stream stream = qxSerializeAdapter::getURLAdapter(url, QX_SERIALIZE_OUTPUT);
+            const Stream stream = qxSerializeAdapter::getURLAdapter(url, QX_SERIALIZE_APPEND);
             output.restore(); // the test's own output goes its way
+            EXPECT_TRUE(stream->supportAction(QX_SERIALIZE_OUTPUT));
             writeText(*stream, "ab");
             stream->flush();
             EXPECT_EQ(output.get(), "ab");

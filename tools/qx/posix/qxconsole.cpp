@@ -18,3 +18,9 @@ std::vector<std::string> qxConsoleWords(int count, char** words)
 {
     return {words + std::min(count, 1), words + count};
 }
+
+void qxConsoleEnd(const char* leftOver, int status)
+{
+    if (*leftOver) unlink(leftOver);
+    _exit(status);
+}

@@ -36,3 +36,5 @@ std::vector<std::string> qxConsoleWords(int, char**)
     LocalFree(texts);
     return words;
 }
+
+void qxConsoleEnd(const char*, int) {}

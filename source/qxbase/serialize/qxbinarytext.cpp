@@ -49,22 +49,26 @@ constexpr Parts makeParts(unsigned int shift)
 
 constexpr Parts PARTS[4] = {makeParts(18), makeParts(12), makeParts(6), makeParts(0)};
 
-// Two characters for each value of 12 bits.
+// Two characters for each value of 12 or 8 bits.
+template <unsigned int COUNT>
 struct Pairs {
-    char text[4096][2];
+    char text[COUNT][2];
 };
 
-constexpr Pairs makePairs()
+template <unsigned int COUNT>
+constexpr Pairs<COUNT> makePairs(std::string_view digits)
 {
-    Pairs pairs{};
-    for (unsigned int i = 0; i < 4096; ++i) {
-        pairs.text[i][0] = BASE64[i >> 6];
-        pairs.text[i][1] = BASE64[i & 63];
+    Pairs<COUNT> pairs{};
+    for (unsigned int i = 0; i < COUNT; ++i) {
+        pairs.text[i][0] = digits[i / digits.size()];
+        pairs.text[i][1] = digits[i % digits.size()];
     }
     return pairs;
 }
 
-constexpr Pairs PAIRS = makePairs();
+constexpr Pairs PAIRS = makePairs<4096>(BASE64);
+constexpr Pairs UPPER_PAIRS = makePairs<256>(HEX_UPPER);
+constexpr Pairs LOWER_PAIRS = makePairs<256>(HEX_LOWER);
 
 bool isSpace(unsigned char character)
 {
@@ -101,11 +105,8 @@ std::size_t qxEncodeBase64(const unsigned char* bytes, std::size_t count, unsign
 
 std::size_t qxEncodeHex(const unsigned char* bytes, std::size_t count, bool isUpper, unsigned char* text)
 {
-    const std::string_view digits = isUpper ? HEX_UPPER : HEX_LOWER;
-    for (std::size_t i = 0; i < count; ++i) {
-        text[2 * i] = static_cast<unsigned char>(digits[bytes[i] >> 4]);
-        text[2 * i + 1] = static_cast<unsigned char>(digits[bytes[i] & 15]);
-    }
+    const Pairs<256>& pairs = isUpper ? UPPER_PAIRS : LOWER_PAIRS;
+    for (std::size_t i = 0; i < count; ++i) std::memcpy(text + 2 * i, pairs.text[bytes[i]], 2);
     return 2 * count;
 }
 
@@ -120,23 +121,26 @@ std::size_t qxBinaryTextDecoder::decodeGroups(const unsigned char* text, std::si
                                               unsigned char*& bytes) const
 {
     const unsigned char* next = text;
+    unsigned char* out =
+        bytes; // of its own: bytes that are stored may change `bytes`, for all the compiler knows
     if (!m_isBase64) {
         for (; count >= 2; count -= 2, next += 2) {
             const unsigned char high = HEX_VALUES[next[0]];
             const unsigned char low = HEX_VALUES[next[1]];
             if ((high | low) == NO_DIGIT) break; // a value has but four bits
-            putByte(bytes, static_cast<unsigned int>(high << 4 | low));
+            *out++ = static_cast<unsigned char>(high << 4 | low);
         }
-        return static_cast<std::size_t>(next - text);
+    } else {
+        for (; count >= 4; count -= 4, next += 4, out += 3) {
+            const std::uint32_t group =
+                PARTS[0][next[0]] | PARTS[1][next[1]] | PARTS[2][next[2]] | PARTS[3][next[3]];
+            if (group & NO_GROUP) break;
+            out[0] = static_cast<unsigned char>(group >> 16);
+            out[1] = static_cast<unsigned char>(group >> 8 & 0xFF);
+            out[2] = static_cast<unsigned char>(group & 0xFF);
+        }
     }
-    for (; count >= 4; count -= 4, next += 4) {
-        const std::uint32_t group =
-            PARTS[0][next[0]] | PARTS[1][next[1]] | PARTS[2][next[2]] | PARTS[3][next[3]];
-        if (group & NO_GROUP) break;
-        putByte(bytes, group >> 16);
-        putByte(bytes, group >> 8);
-        putByte(bytes, group);
-    }
+    bytes = out;
     return static_cast<std::size_t>(next - text);
 }
 

@@ -9,6 +9,8 @@
 namespace
 {
 
+constexpr qxUInt64 FAILED = qxSerializeAdapter::SEEK_FAILED;
+
 /// An empty cache before and after each test.
 class qxSerializeAdapterCacheTest : public testing::Test
 {
@@ -87,11 +89,10 @@ TEST_F(qxSerializeAdapterCacheTest, movesWhenReading)
     qxSerializeAdapterCache adapter("a", QX_SERIALIZE_INPUT);
     EXPECT_EQ(adapter.seek(-2, QX_ORIGIN_END), 3U);
     EXPECT_EQ(readAll(adapter), "de");
-    EXPECT_EQ(adapter.seek(6, QX_ORIGIN_START), qxSerializeAdapter::SEEK_FAILED);
+    EXPECT_EQ(adapter.seek(6, QX_ORIGIN_START), FAILED);
     EXPECT_EQ(adapter.seek(-5, QX_ORIGIN_CURRENT), 0U);
     EXPECT_TRUE(adapter.hasData(5));
-    EXPECT_EQ(qxSerializeAdapterCache("a", QX_SERIALIZE_APPEND).seek(0, QX_ORIGIN_START),
-              qxSerializeAdapter::SEEK_FAILED);
+    EXPECT_EQ(qxSerializeAdapterCache("a", QX_SERIALIZE_APPEND).seek(0, QX_ORIGIN_START), FAILED);
 }
 
 TEST_F(qxSerializeAdapterCacheTest, theOtherDirectionIsAnError)

@@ -272,11 +272,12 @@ qxStatus copy(qxReport& report, const qxCommandLine& line)
     const unsigned long long limit =
         line.hasOption("--limit") ? sizeOf(line.getOptionText("--limit")) : NO_LIMIT;
     const qxString to = urlOf(line.getArgumentText(1));
-    Source source(line.getArgumentText(0), line.getOptionText("--decode"));
+    auto source = std::make_unique<Source>(line.getArgumentText(0), line.getOptionText("--decode"));
     Target target(to, line.getOptionText("--encode"));
     Tally tally;
     const qxQuickEnd quickEnd(target.getTemporaryName());
-    if (!copyAll(source, target, tally, limit)) return qxStatus::INTERRUPTED;
+    if (!copyAll(*source, target, tally, limit)) return qxStatus::INTERRUPTED;
+    source.reset(); // it may be the file that is replaced, which some systems refuse as long as it is open
     target.commit();
     report.printNote(tally.getText());
     return qxStatus::DONE;

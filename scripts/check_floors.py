@@ -3,7 +3,7 @@
 
 Prints `file:line: fault` and ends with status 1 where an include points up the floors; where headers include one another
 in a circle; where `#if` asks for an operating system, or a header of the system is included, outside platform/ (and
-qxconfig.h); where a public header or a source is in no floor's CMakeLists.txt, or is listed there and missing; where
+qxconfig.h), but for those of libraries that sources may use; where a public header or a source is in no floor's CMakeLists.txt, or is listed there and missing; where
 qxbase.h does not include a public header. Internal headers belong to the floor in whose folder they stand and need not be
 listed.
 """
@@ -20,6 +20,7 @@ memory_resource mutex new numbers numeric optional ostream queue random ranges r
 shared_mutex source_location span sstream stack stdexcept stop_token streambuf string string_view strstream syncstream
 system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant vector version
 """.split()) | {"arm_neon.h", "emmintrin.h", "immintrin.h"}  # the last three are the processor's, not the system's
+DEPENDENCIES = {"zlib.h"}  # libraries that sources may use; those who include our headers need not have them
 SYSTEM = re.compile(r"\b(_?WIN(32|64|NT)|__(MINGW|CYGWIN)\w*|(__)?(gnu_)?(linux|unix)(__)?|__APPLE__|__MACH__|__ANDROID__"
                     r"|__\w+BSD__|__sun|_POSIX_\w+)\b")
 
@@ -53,7 +54,8 @@ def read_file(file, root, floors, floor_of, faults):
             faults.append(f"{where}: #if for an operating system outside platform/")
         include = re.match(r'\s*#\s*include\s*(["<])([^">]+)', text)
         if include and include[1] == "<":
-            if include[2] not in STANDARD and not may_know_the_system:
+            is_used = include[2] in DEPENDENCIES and file.suffix == ".cpp"
+            if include[2] not in STANDARD and not is_used and not may_know_the_system:
                 faults.append(f"{where}: header of the system <{include[2]}> outside platform/")
         elif include:
             places = [(root / base / include[2]).resolve() for base in ("include", "source/qxbase")]

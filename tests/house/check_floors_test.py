@@ -68,6 +68,8 @@ class CheckFloors(unittest.TestCase):
             (source, "#if 1 // not for _WIN32\n#endif\n", ""),
             (source, "#include <unistd.h>\n", f"{source}:1: header of the system <unistd.h> outside platform/\n"),
             (source, "#include <sys/stat.h>\n", f"{source}:1: header of the system <sys/stat.h> outside platform/\n"),
+            (source, "#include <zlib.h>\n", ""),
+            (string, "#include <zlib.h>\n", f"{string}:1: header of the system <zlib.h> outside platform/\n"),
             (source, '#include "elsewhere.h"\n', f'{source}:1: no floor has "elsewhere.h"\n'),
             ("include/qxlost.h", "", "include/qxlost.h:1: is in no floor's list\n"),
             ("source/qxbase/core/lost.cpp", "", "source/qxbase/core/lost.cpp:1: is in no floor's list\n"),

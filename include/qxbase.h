@@ -81,5 +81,6 @@
 #include "qxhostaddress.h"
 #include "qxhostinfo.h"
 #include "qxnetdata.h"
+#include "qxserializeadaptersocket.h"
 #include "qxsocket.h"
 #include "qxsocketaddress.h"

@@ -27,8 +27,7 @@ SOCKET handle(qxPlatformSocket socket)
 // With select: here it takes any handle, and the system's poll says nothing of connections that were refused.
 int wait(qxPlatformSocket socket, bool toSend, unsigned int milliseconds, int& error)
 {
-    const timeval time = {static_cast<long>(milliseconds / 1000),
-                          static_cast<long>(milliseconds % 1000 * 1000)};
+    timeval time = {static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000 * 1000)};
     fd_set wanted;
     wanted.fd_count = 1;
     wanted.fd_array[0] = handle(socket);

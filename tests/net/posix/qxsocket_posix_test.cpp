@@ -232,6 +232,30 @@ TEST(qxSocketPosix, theSystemsLastErrorCanBeTaken)
     EXPECT_EQ(errno, 0);
 }
 
+// Some take any address that is asked for.
+TEST(qxSocketPosix, anAddressOfNobodyCannotBeTaken)
+{
+    qxSocket socket;
+    ASSERT_TRUE(socket.create(QX_SOCKET_IPV4, QX_SOCKET_DATAGRAM));
+    EXPECT_FALSE(socket.bind(qxSocketAddress("192.0.2.1:0")));
+    EXPECT_EQ(socket.getSocketError(), QX_SOCKET_ADDRESS_NOT_AVAILABLE);
+}
+
+TEST(qxSocketPosix, aHandleThatSomebodyElseHasClosedIsAnError)
+{
+    const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ::close(next);
+    qxSocket socket; // has that number now
+    ASSERT_TRUE(socket.create(QX_SOCKET_IPV4, QX_SOCKET_DATAGRAM));
+    ::close(next);
+    const MessageRecorder recorder;
+    EXPECT_FALSE(socket.isReadyToReceive(1));
+    EXPECT_EQ(socket.getSocketError(), QX_SOCKET_INVALID_DESCRIPTOR);
+    EXPECT_TRUE(socket.getOption(QX_SOCKET_OPTION_RECEIVE_BUFFER).is("void"));
+    EXPECT_EQ(recorder.texts(), std::vector<std::string>{"Failed to get socket option"});
+    EXPECT_EQ(recorder.messages()[0].level, QX_LEVEL_WARNING);
+}
+
 TEST(qxSocketPosix, aListenerMaySleepOnWithoutATick)
 {
     Listener listener; // its count of pending bytes fails at the system

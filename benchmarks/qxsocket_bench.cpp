@@ -62,13 +62,13 @@ unsigned short bindTo(int socket)
 class Server
 {
 public:
-    enum Kind { ECHO, SINK, CLOSE, DATAGRAM_ECHO };
+    enum Kind { RETURNS, TAKES, CLOSES, RETURNS_DATAGRAMS }; // what it does with bytes
 
     explicit Server(Kind kind) : m_kind(kind)
     {
-        m_socket = ::socket(AF_INET, kind == DATAGRAM_ECHO ? SOCK_DGRAM : SOCK_STREAM, 0);
+        m_socket = ::socket(AF_INET, kind == RETURNS_DATAGRAMS ? SOCK_DGRAM : SOCK_STREAM, 0);
         m_port = bindTo(m_socket);
-        if (kind != DATAGRAM_ECHO) ::listen(m_socket, 128);
+        if (kind != RETURNS_DATAGRAMS) ::listen(m_socket, 128);
         m_thread = std::thread([this] { run(); });
     }
     ~Server()
@@ -83,9 +83,9 @@ public:
 private:
     void run()
     {
-        if (m_kind == DATAGRAM_ECHO) return echoDatagrams();
+        if (m_kind == RETURNS_DATAGRAMS) return echoDatagrams();
         for (int peer = 0; (peer = ::accept(m_socket, nullptr, nullptr)) >= 0; ::close(peer))
-            if (m_kind != CLOSE) talk(peer);
+            if (m_kind != CLOSES) talk(peer);
     }
 
     void talk(int peer)
@@ -94,7 +94,7 @@ private:
         ::setsockopt(peer, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
         std::vector<char> block(LARGE);
         for (ssize_t count = 0; (count = ::recv(peer, block.data(), block.size(), 0)) > 0;)
-            if (m_kind == ECHO) ::send(peer, block.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL);
+            if (m_kind == RETURNS) ::send(peer, block.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL);
     }
 
     void echoDatagrams()
@@ -286,7 +286,7 @@ void preparePingPong(qxBenchCase& bench)
 {
     bench.amount = ROUNDS;
     addAll([&]<class Client>(const char* name) {
-        auto server = std::make_shared<Server>(Server::ECHO);
+        auto server = std::make_shared<Server>(Server::RETURNS);
         auto client = std::make_shared<Client>(server->port());
         client->noDelay();
         bench.add(name, [server, client] { return pingPong(*client); });
@@ -297,7 +297,7 @@ void prepareBulkSend(qxBenchCase& bench)
 {
     bench.amount = double{LARGE} * LARGE_BLOCKS;
     addAll([&]<class Client>(const char* name) {
-        auto server = std::make_shared<Server>(Server::SINK);
+        auto server = std::make_shared<Server>(Server::TAKES);
         auto client = std::make_shared<Client>(server->port());
         bench.add(name, [server, client] { return push(*client, LARGE, LARGE_BLOCKS); });
     });
@@ -315,7 +315,7 @@ void prepareSmallMessages(qxBenchCase& bench)
 {
     bench.amount = SMALL_BLOCKS;
     addAll([&]<class Client>(const char* name) {
-        auto server = std::make_shared<Server>(Server::SINK);
+        auto server = std::make_shared<Server>(Server::TAKES);
         auto client = std::make_shared<Client>(server->port());
         client->noDelay();
         bench.add(name, [server, client] { return push(*client, SMALL, SMALL_BLOCKS); });
@@ -325,7 +325,7 @@ void prepareSmallMessages(qxBenchCase& bench)
 void prepareConnect(qxBenchCase& bench)
 {
     bench.amount = CONNECTIONS;
-    auto server = std::make_shared<Server>(Server::CLOSE); // which closes first and keeps the fading ports
+    auto server = std::make_shared<Server>(Server::CLOSES); // which closes first and keeps the fading ports
     addAll([&]<class Client>(const char* name) {
         bench.add(name, [server] {
             char byte = 0;
@@ -425,7 +425,7 @@ private:
 template <class Client>
 void addDatagrams(qxBenchCase& bench, const char* name)
 {
-    auto server = std::make_shared<Server>(Server::DATAGRAM_ECHO);
+    auto server = std::make_shared<Server>(Server::RETURNS_DATAGRAMS);
     auto client = std::make_shared<Client>(server->port());
     bench.add(name, [server, client] {
         char block[SMALL] = {};

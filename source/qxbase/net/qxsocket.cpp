@@ -37,10 +37,10 @@ unsigned char qxSocket::create(qxSocketFamily family, qxSocketType type)
 
 unsigned char qxSocket::createQuietly(qxSocketFamily family, qxSocketType type)
 {
+    qxStartNetwork();
     const qxBodyGuard guard(m_opening);
     closeQuietly(true);
     if (family == QX_SOCKET_INFRARED || type != QX_SOCKET_DATAGRAM) type = QX_SOCKET_STREAM;
-    qxStartNetwork();
     int error = 0;
     const qxPlatformSocket handle = qxPlatformSocketOpen(toPlatform(family), type == QX_SOCKET_STREAM, error);
     if (handle == QX_PLATFORM_NO_SOCKET) {
@@ -85,13 +85,13 @@ unsigned char qxSocket::listen(unsigned int backlog)
 
 qxRefPointer<qxSocket> qxSocket::accept()
 {
+    qxRefPointer<qxSocket> peer(new qxSocket); // first: without memory the peer stays where it waits
     qxPlatformSocket accepted = QX_PLATFORM_NO_SOCKET;
     const int result = use([&accepted](qxPlatformSocket socket, int& error) {
         accepted = qxPlatformSocketAccept(socket, error);
         return answer(accepted != QX_PLATFORM_NO_SOCKET);
     });
     if (result < 0) return nullptr;
-    qxRefPointer<qxSocket> peer(new qxSocket);
     peer->adopt(accepted, QX_SOCKET_STREAM);
     return peer;
 }

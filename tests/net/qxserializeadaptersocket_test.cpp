@@ -86,7 +86,7 @@ TEST(qxSerializeAdapterSocket, sendsWhatWasWrittenBeforeItWaits)
     EXPECT_EQ(receiveText(ends.pair.client), "more");
 }
 
-TEST(qxSerializeAdapterSocket, readsDocumentsFromAConnectionThatStaysOpen)
+TEST(qxSerializeAdapterSocket, isReadByTheReadersOfDocuments)
 {
     Ends ends;
     sendText(ends.pair.client, "<a><b>text</b></a>\n");

@@ -24,8 +24,8 @@ protected:
     /// A place at which nobody listens.
     static qxSocketAddress freePlace()
     {
-        const Listener listener;
-        return const_cast<Listener&>(listener).getBindAddress();
+        Listener listener;
+        return listener.getBindAddress();
     }
 
     /// Connects as soon as the tool listens.

@@ -73,8 +73,9 @@ private:
 /// Reads a command line by its declaration, and writes help, and completions for the shell, from the same.
 ///
 /// Options stand anywhere behind the command that has them, as `--name value` or `--name=value`; a value may begin with "-".
-/// `--` ends them. Negative numbers, and "-", are arguments. Every command has "-h, --help"; "help" in the place of the name of
-/// a command is the same, so "help book add" asks as "book add --help" does.
+/// `--` ends them. Negative numbers, and "-", are arguments; a digit that is declared as an option, such as "-4", is one.
+/// Every command has "-h, --help"; "help" in the place of the name of a command is the same, so "help book add" asks as
+/// "book add --help" does.
 ///
 /// Lifetime: owns its declaration and what it read last.
 /// Threads:  one thread at a time.

@@ -133,6 +133,14 @@ public:
         return count;
     }
 
+    /// As read, for who needs all of the bytes: from a stream that gives what it has, in several pieces. Fewer only at the
+    /// end of the data.
+    unsigned int readWhole(unsigned char* buffer, unsigned int count)
+    {
+        const unsigned int done = read(buffer, count);
+        return done == count ? done : readRest(buffer, done, count);
+    }
+
     /// Bytes known to be there now, those given back included.
     qxUInt64 length();
 
@@ -283,6 +291,7 @@ private:
     }
     void writeBlock(const unsigned char* bytes, unsigned int count);
     unsigned int readBlock(unsigned char* buffer, unsigned int count);
+    unsigned int readRest(unsigned char* buffer, unsigned int done, unsigned int count);
     unsigned char readByte();
     unsigned char askForData(unsigned int count);
     unsigned char takePushedBack();

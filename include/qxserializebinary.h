@@ -93,7 +93,7 @@ public:
     void read(qxSerializeAdapter* adapter) override
     {
         unsigned char bytes[SIZE];
-        if (adapter->read(bytes, SIZE) == SIZE) decode(bytes);
+        if (adapter->readWhole(bytes, SIZE) == SIZE) decode(bytes);
     }
 
     unsigned int getDataSize(qxSerializeAdapter*) override { return SIZE; }

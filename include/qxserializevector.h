@@ -48,7 +48,7 @@ public:
     void read(qxSerializeAdapter* adapter) override
     {
         unsigned char bytes[SIZE];
-        if (adapter->read(bytes, SIZE) != SIZE) return;
+        if (adapter->readWhole(bytes, SIZE) != SIZE) return;
         const unsigned char* place = bytes;
         for (qxSerializeBinary<float>& member : m_members) {
             member.decode(place);

@@ -42,7 +42,7 @@ TEST(qxURLSchemes, moreThanThereIsRoomForAreRefused)
 
 TEST(qxURLSchemes, someAreForCallersOnly)
 {
-    for (const char* const url : {"mem:1,2", "MEM:", "con:", "Con:error"})
+    for (const char* const url : {"mem:1,2", "MEM:", "con:", "Con:error", "tcp://host:1", "UDP:host:1"})
         EXPECT_TRUE(qxIsURLForCallersOnly(url)) << url;
     for (const char* const url : {"", "mem", "con/x", "file:mem:1", "./mem:1,2", "cache:a"})
         EXPECT_FALSE(qxIsURLForCallersOnly(url)) << url;

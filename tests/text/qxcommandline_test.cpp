@@ -60,6 +60,21 @@ TEST(qxCommandLine, readsCommandsOptionsAndArguments)
         "book show help => book show|help", "--version => |--version=", "--version list => list|--version=");
 }
 
+TEST(qxCommandLine, aDigitCanBeAnOption)
+{
+    const auto read = [](const std::string& text) {
+        qxCommandLine line("shelf", "");
+        line.addCommand("go", "").addOption("-4", "", "").addArgument("N", "", QX_ARGUMENT_ANY);
+        if (!line.parse(qxArgumentParser(text.c_str()))) return bytesOf(line.getError());
+        std::string result = line.hasOption("-4") ? "four" : "none";
+        for (unsigned int i = 0; i < line.getArgumentCount(); ++i)
+            result += " " + bytesOf(line.getArgument(i));
+        return result;
+    };
+    expectRows(read, "go -4 a => four a", "go a -5 -44 -4.0 => none a -5 -44 -4.0", "go -- -4 => none -4",
+               "go '' - -0 => none  - -0");
+}
+
 TEST(qxCommandLine, saysWhatIsWrongInOneLine)
 {
     expectRows(
@@ -218,7 +233,7 @@ TEST(qxCommandLine, refusesDeclarationsThatMakeNoSense)
     EXPECT_EQ(fatalText([] { qxCommandLine("my tool", ""); }), "'my tool' is no name of a command");
     qxCommandLine line("tool", "");
     for (const char* const names :
-         {"", "-", "--", "name", "-ab", "-1", "--a b", "-a, -b", "--help", "-a, ", "-a,-b"}) {
+         {"", "-", "--", "name", "-ab", "--1", "--a b", "-a, -b", "--help", "-a, ", "-a,-b"}) {
         SCOPED_TRACE(names);
         EXPECT_EQ(fatalText([&] { line.addOption(names, "", ""); }),
                   std::string("The option '") + names + "' cannot be declared here");

@@ -259,6 +259,9 @@ TEST_F(Tool, showsVersionHelpAndDemonstration)
     EXPECT_NE(out.find("$ qx xml get "), std::string::npos);
     EXPECT_NE(out.find("call: fRequest \"GET /style.css HTTP/1.1\"\ncall: fStatus \"304\"\n"),
               std::string::npos);
+    EXPECT_NE(out.find("TCP on 127.0.0.1: sent 1000000 bytes, CRC-32 7222540B\n"
+                       "              received 1000000 bytes, CRC-32 7222540B\n"),
+              std::string::npos);
     EXPECT_TRUE(hasError("broken.xml:4:51: error: Expected end tag 'note' but got 'body'")) << err;
 }
 

@@ -103,9 +103,9 @@ TEST_F(qxXmlDomInclude, whatCanNotBeReadLeavesTheInstruction)
     EXPECT_EQ(texts, (std::vector<std::string>{"Expected end tag 'c' but got 'b' at (Line:1,Col:9)",
                                                "Can not include '" + urlOf("b.xml") + "', which is malformed",
                                                "Can not include 'mem:16,16': a document must not look into "
-                                               "the memory or at the console of its reader",
+                                               "the memory, at the console or into the network of its reader",
                                                "Can not include 'CON:': a document must not look into the "
-                                               "memory or at the console of its reader"}));
+                                               "memory, at the console or into the network of its reader"}));
 }
 
 TEST_F(qxXmlDomInclude, depthIsBounded)

@@ -75,6 +75,9 @@ qxTool::qxTool()
     declareParse(*this);
     declareScan(*this);
 
+    addHeading("Network");
+    declareNet(*this);
+
     addHeading("More");
     declareDemo(*this);
 }

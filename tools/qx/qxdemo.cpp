@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxcommands.h"
+#include "qxloopback.h"
 #include "qxoutput.h"
 
 #include <cstdio>
@@ -63,6 +64,20 @@ void showRules(qxReport& report, const std::string& data)
                   "host,ident,user,time,request"});
 }
 
+// An exchange with itself: what was sent, and what came.
+qxStatus showNetwork()
+{
+    std::string bytes(1000000, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 2654435761U >> 24);
+    const qxLoopbackResult result = exchangeOnLoopback(bytes);
+    const qxString text =
+        qxString::str("TCP on 127.0.0.1: sent %d bytes, CRC-32 %08X\n"
+                      "              received %d bytes, CRC-32 %08X\n",
+                      bytes.size(), result.sentChecksum, result.received, result.receivedChecksum);
+    writeOutput(viewOf(text));
+    return result.sentChecksum == result.receivedChecksum ? qxStatus::DONE : qxStatus::FATAL;
+}
+
 qxStatus runDemo(qxReport& report, const qxCommandLine& line)
 {
     const std::string data = line.getArgumentCount() == 0 ? sampleFolder() : line.getArgumentText(0);
@@ -86,7 +101,8 @@ qxStatus runDemo(qxReport& report, const qxCommandLine& line)
         break;
     }
     showRules(report, data);
-    return qxStatus::DONE;
+    show(report, {"net", "resolve", "localhost"});
+    return showNetwork();
 }
 
 } // namespace

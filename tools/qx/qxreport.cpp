@@ -144,6 +144,7 @@ void qxReport::print(qxMessageLevel level, const std::string& text)
                                                           : std::string();
     const std::string line = "qx: " + label + text + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
+    std::fflush(stderr); // some C libraries keep what goes into a file
 }
 
 void qxReport::printError(const std::string& text)

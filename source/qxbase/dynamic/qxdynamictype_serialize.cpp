@@ -149,7 +149,7 @@ private:
         tag.ref();
         const auto count = static_cast<unsigned int>(length);
         unsigned char* const place = Parts::prepare(value, &tag, length);
-        return count == 0 || m_adapter.read(place, count) == count || failAtEnd();
+        return count == 0 || m_adapter.readWhole(place, count) == count || failAtEnd();
     }
 
     bool readInSteps(qxDynamicType& value, const qxDynamicTag& tag, qxUInt64 length)
@@ -160,7 +160,7 @@ private:
             const auto step =
                 static_cast<unsigned int>(std::min<qxUInt64>(length - before, std::max(before, STEP)));
             bytes.resize(before + step);
-            if (m_adapter.read(bytes.data() + before, step) != step) return failAtEnd();
+            if (m_adapter.readWhole(bytes.data() + before, step) != step) return failAtEnd();
         }
         tag.ref();
         std::copy(bytes.begin(), bytes.end(), Parts::prepare(value, &tag, length));

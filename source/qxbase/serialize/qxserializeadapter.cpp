@@ -143,6 +143,13 @@ unsigned int qxSerializeAdapter::readBlock(unsigned char* buffer, unsigned int c
     return count;
 }
 
+unsigned int qxSerializeAdapter::readRest(unsigned char* buffer, unsigned int done, unsigned int count)
+{
+    for (unsigned int part = done; part > 0 && done < count; done += part)
+        part = read(buffer + done, count - done);
+    return done;
+}
+
 void qxSerializeAdapter::skip(unsigned int count)
 {
     while (count > 0) {
@@ -192,7 +199,7 @@ void qxSerializeAdapter::readUpTo(unsigned int count, std::vector<unsigned char>
         unsigned char buffer[PROBE_SIZE];
         const unsigned int got = read_imp(buffer, step);
         bytes.insert(bytes.end(), buffer, buffer + got);
-        if (got < step) return;
+        if (got == 0) return;
     }
 }
 

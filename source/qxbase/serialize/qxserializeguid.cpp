@@ -42,7 +42,7 @@ void qxSerializeGUID::write(qxSerializeAdapter* adapter)
 void qxSerializeGUID::read(qxSerializeAdapter* adapter)
 {
     unsigned char bytes[SIZE];
-    if (adapter->read(bytes, SIZE) != SIZE) return;
+    if (adapter->readWhole(bytes, SIZE) != SIZE) return;
     const unsigned char* place = bytes;
     qxGUIDRecord& record = m_guid.getGUID();
     record.Data1 = take<unsigned int>(place);

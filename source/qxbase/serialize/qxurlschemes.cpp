@@ -42,5 +42,7 @@ qxURLOpener qxFindURLOpener(std::string_view scheme)
 bool qxIsURLForCallersOnly(const qxString& url)
 {
     const qxString scheme = qxSerializeAdapter::getURLScheme(url);
-    return scheme == "mem" || scheme == "con";
+    for (const char* const name : {"mem", "con", "tcp", "udp"})
+        if (scheme == name) return true;
+    return false;
 }

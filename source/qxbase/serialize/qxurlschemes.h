@@ -27,5 +27,6 @@ bool qxIsOwnURLScheme(std::string_view scheme);
 qxURLOpener qxFindURLOpener(std::string_view scheme);
 
 /// Whether the scheme of `url` is for callers only: what names an address in this process ("mem") or waits for the
-/// console ("con") is refused where documents or settings, which come from outside, name URLs.
+/// console ("con") or a peer in the network ("tcp", "udp") is refused where documents or settings, which come from outside,
+/// name URLs.
 bool qxIsURLForCallersOnly(const qxString& url);

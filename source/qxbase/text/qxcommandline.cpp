@@ -109,9 +109,11 @@ bool qxCommandLineResult::read(const qxCommandParts& program, const std::vector<
     bool isEnded = false;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
         const Token& token = tokens[i];
-        // A negative number is an option to the tokens where it is 0.
+        // A negative number is an option to the tokens where it is 0, and here where it is declared as one.
+        const bool isDigit = token.text.size() == 2 && token.text[0] == '-' && qxIsDigit(token.text[1]);
+        const bool isDeclared = !isEnded && isDigit && command->findOption(token.text);
         const bool isArgument =
-            isEnded || !token.isOption || qxIsDigit(token.text[1]) || token.text[1] == '.';
+            !isDeclared && (isEnded || !token.isOption || qxIsDigit(token.text[1]) || token.text[1] == '.');
         if (!isArgument && token.text == "--")
             isEnded = true;
         else if (!(isArgument ? readArgument(token.text) : readOption(tokens, i)))

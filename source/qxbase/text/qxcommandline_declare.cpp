@@ -24,8 +24,8 @@ bool isWord(std::string_view text)
 bool isOptionName(std::string_view name)
 {
     const std::size_t dashes = name.starts_with("--") ? 2 : 1;
-    return name.starts_with("-") && isWord(name.substr(dashes)) && (dashes == 2 || name.size() == 2) &&
-           !qxIsDigit(name[dashes]); // that would be a number
+    return name.starts_with("-") && isWord(name.substr(dashes)) &&
+           (dashes == 2 ? !qxIsDigit(name[dashes]) : name.size() == 2);
 }
 
 } // namespace

@@ -70,7 +70,8 @@ bool qxXmlIncluder::isAllowed(const qxString& url)
 {
     const qxString shown = qxCutText(url, MAX_SHOWN);
     if (qxIsURLForCallersOnly(url)) {
-        warn("Can not include '%s': a document must not look into the memory or at the console of its reader",
+        warn("Can not include '%s': a document must not look into the memory, at the console or into the "
+             "network of its reader",
              shown);
         return false;
     }

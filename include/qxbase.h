@@ -75,3 +75,5 @@
 #include "qxxmlsax.h"
 #include "qxxmltext.h"
 #include "qxxmlvalue.h"
+
+#include "qxkeydatabase.h"

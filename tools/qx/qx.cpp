@@ -44,7 +44,7 @@ qxStatus parseAndAnswer(qxReport& report, qxTool& tool, const std::vector<std::s
 qxTool::qxTool()
     : qxCommandLine(
           "qx", "Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and "
-                "shows values; takes texts apart and matches them by rules and patterns.")
+                "shows values; takes texts apart and matches them by rules and patterns; keeps settings.")
 {
     setDescription(DESCRIPTION);
     setFooter(FOOTER);
@@ -69,6 +69,9 @@ qxTool::qxTool()
     declareArgs(*this);
     declareParse(*this);
     declareScan(*this);
+
+    addHeading("Settings");
+    declareConf(*this);
 
     addHeading("More");
     declareDemo(*this);

@@ -65,6 +65,7 @@ void declareLex(qxTool& tool);
 void declareArgs(qxTool& tool);
 void declareParse(qxTool& tool);
 void declareScan(qxTool& tool);
+void declareConf(qxTool& tool);
 void declareDemo(qxTool& tool);
 
 /// The arguments from the one of index `first` on.

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <random>
 
 namespace
 {
@@ -63,6 +64,21 @@ void showRules(qxReport& report, const std::string& data)
                   "host,ident,user,time,request"});
 }
 
+// A document of settings that is there for the demonstration only.
+void showSettings(qxReport& report)
+{
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("qxdemo-" + std::to_string(std::random_device()()));
+    const std::string file = (folder / "demo.reg").generic_string();
+    show(report, {"conf", "--file", file, "set", "greeting", "hello"});
+    show(report, {"conf", "--file", file, "set", "window/width", "640"});
+    show(report, {"conf", "--file", file, "get", "greeting", "window/width"});
+    show(report, {"conf", "--file", file, "get", "greetings"});
+    show(report, {"conf", "--file", file, "list"});
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
 qxStatus runDemo(qxReport& report, const qxCommandLine& line)
 {
     const std::string data = line.getArgumentCount() == 0 ? sampleFolder() : line.getArgumentText(0);
@@ -86,6 +102,7 @@ qxStatus runDemo(qxReport& report, const qxCommandLine& line)
         break;
     }
     showRules(report, data);
+    showSettings(report);
     return qxStatus::DONE;
 }
 

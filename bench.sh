@@ -5,7 +5,7 @@ set -u
 . "$(dirname "${BASH_SOURCE[0]}")/scripts/common.sh"
 
 peers=(libexpat1-dev libxml2-dev libpugixml-dev libtinyxml2-dev libboost-dev libfmt-dev libspdlog-dev
-    libboost-serialization-dev qtbase5-dev uuid-dev libpoco-dev flex)
+    libboost-serialization-dev qtbase5-dev uuid-dev libpoco-dev libglib2.0-dev flex)
 
 usage="usage: ./bench.sh [group…] [--peers] [--json FILE] [--rounds N]
 Builds the release with whatever peers are installed and runs ours and theirs by turns on the same input, all groups

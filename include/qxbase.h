@@ -84,6 +84,7 @@
 #include "qxxmltext.h"
 #include "qxxmlvalue.h"
 
+#include "qxkeydatabase.h"
 #include "qxhostaddress.h"
 #include "qxhostinfo.h"
 #include "qxnetdata.h"

@@ -415,6 +415,7 @@ private:
     qxParseResult parseOne(unsigned int first, unsigned int rest);
     qxParseResult parseEnclosed(char16_t open, char16_t close, bool escape);
     bool skip(unsigned int kinds);
+    void skipUpTo(unsigned int kinds);
     bool isNext(char16_t token);
     void startInput();
     void applyEncoding();

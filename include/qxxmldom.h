@@ -91,6 +91,11 @@ public:
     unsigned char onCustomData(qxReference* data, const qxString& name, unsigned int level) override;
     unsigned char onWrite() override;
 
+protected:
+    /// For classes that override none of the calls above that make items: their trees are built as fast as those of this
+    /// class itself.
+    void promiseNoOwnItems() { m_hasNoOwnItems = true; }
+
 private:
     friend class qxXmlIncluder;
 
@@ -102,6 +107,7 @@ private:
     bool m_readIncludedXml;
     bool m_mergeStandardReferences;
     bool m_keepMixedContent;
+    bool m_hasNoOwnItems = false;
     std::unique_ptr<qxXmlTreeBuilder> m_builder; // while a tree is built
     qxXmlIncluder* m_includer;                   // while a document is read that may include others
 };

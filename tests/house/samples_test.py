@@ -14,7 +14,7 @@ import tempfile
 from pathlib import Path
 
 ROOT = Path(__file__).parents[2]
-DOCUMENTS = ("docs/rules.md", "docs/qx.md", "docs/urls.md", "docs/network.md")
+DOCUMENTS = ("docs/rules.md", "docs/qx.md", "docs/urls.md", "docs/settings.md", "docs/network.md")
 
 
 def blocks(document):

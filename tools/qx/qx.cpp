@@ -46,7 +46,7 @@ qxTool::qxTool()
           "qx",
           "Reads, searches, changes and writes documents; makes identifiers; tells the time; packs and "
           "shows values; copies from any URL to any other; takes texts apart and matches them by rules and "
-          "patterns.")
+          "patterns; keeps settings; talks with other programs.")
 {
     setDescription(DESCRIPTION);
     setFooter(FOOTER);
@@ -75,7 +75,8 @@ qxTool::qxTool()
     declareParse(*this);
     declareScan(*this);
 
-    addHeading("Network");
+    addHeading("Settings and network");
+    declareConf(*this);
     declareNet(*this);
 
     addHeading("More");

@@ -66,6 +66,7 @@ void declareLex(qxTool& tool);
 void declareArgs(qxTool& tool);
 void declareParse(qxTool& tool);
 void declareScan(qxTool& tool);
+void declareConf(qxTool& tool);
 void declareNet(qxTool& tool);
 void declareDemo(qxTool& tool);
 

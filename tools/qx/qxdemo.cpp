@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <random>
 
 namespace
 {
@@ -64,6 +65,21 @@ void showRules(qxReport& report, const std::string& data)
                   "host,ident,user,time,request"});
 }
 
+// A document of settings that is there for the demonstration only.
+void showSettings(qxReport& report)
+{
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("qxdemo-" + std::to_string(std::random_device()()));
+    const std::string file = (folder / "demo.reg").generic_string();
+    show(report, {"conf", "--file", file, "set", "greeting", "hello"});
+    show(report, {"conf", "--file", file, "set", "window/width", "640"});
+    show(report, {"conf", "--file", file, "get", "greeting", "window/width"});
+    show(report, {"conf", "--file", file, "get", "greetings"});
+    show(report, {"conf", "--file", file, "list"});
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
 // An exchange with itself: what was sent, and what came.
 qxStatus showNetwork()
 {
@@ -101,6 +117,7 @@ qxStatus runDemo(qxReport& report, const qxCommandLine& line)
         break;
     }
     showRules(report, data);
+    showSettings(report);
     show(report, {"net", "resolve", "localhost"});
     return showNetwork();
 }

@@ -33,6 +33,15 @@ bool cut(std::string_view& rest, char separator, std::string_view& before)
     return true;
 }
 
+struct Loading {
+    bool& flag;
+    const bool before;
+    explicit Loading(bool& loading) : flag(loading), before(loading) { flag = true; }
+    ~Loading() { flag = before; }
+    Loading(const Loading&) = delete;
+    Loading& operator=(const Loading&) = delete;
+};
+
 qxString textOf(std::string_view field)
 {
     return qxString(field.data(), field.size()).convertTextToCtrl();
@@ -50,6 +59,7 @@ qxString qxDefaultMessageTranslator::onTranslate(const qxString& sender, qxMessa
                                                  const qxString& format)
 {
     if (m_isLoading) return format;
+    if (!m_hasAsked || m_keyVersion != qxUserKeyVersion()) askForKeys();
     if (!m_isLoaded) load();
 
     const qxString* found = find(keyOf(viewOf(sender), viewOf(format)));
@@ -65,34 +75,40 @@ void qxDefaultMessageTranslator::enter(const qxString& sender, const qxString& t
 
 const qxString& qxDefaultMessageTranslator::getLanguage()
 {
-    if (!m_isLanguageKnown) setLanguage(qxGetUserKey("QUAXO_LANGUAGE"));
+    if (!m_isLoading) askForKeys();
     return m_language;
 }
 
 void qxDefaultMessageTranslator::setLanguage(const qxString& language)
 {
     m_language = language;
-    m_isLanguageKnown = true;
+    m_isLanguageSet = true;
+    m_isLoaded = false;
+}
+
+// Asking may read the settings, and that may send messages.
+void qxDefaultMessageTranslator::askForKeys()
+{
+    const Loading loading(m_isLoading);
+    m_keyVersion = qxUserKeyVersion(); // before the keys: at worst they are asked for once more
+    m_hasAsked = true;
+    const qxString url = qxGetUserKey("QUAXO_LANGUAGE_FILE");
+    const qxString language = m_isLanguageSet ? m_language : qxGetUserKey("QUAXO_LANGUAGE");
+    if (url == m_url && language == m_language) return;
+    m_url = url;
+    m_language = language;
     m_isLoaded = false;
 }
 
 void qxDefaultMessageTranslator::load()
 {
-    struct Loading {
-        bool& flag;
-        explicit Loading(bool& loading) : flag(loading) { flag = true; }
-        ~Loading() { flag = false; }
-    };
-
+    askForKeys();
     const Loading loading(m_isLoading);
     m_file.clear();
-    getLanguage();
     m_isLoaded = true; // once, also when the file is not there
 
-    qxString url = qxGetUserKey("QUAXO_LANGUAGE_FILE");
-    if (url.isEmpty()) url = "file:quaxosdk.lng";
     std::string content;
-    if (readFile(url, content)) readLines(content);
+    if (readFile(m_url.isEmpty() ? qxString("file:quaxosdk.lng") : m_url, content)) readLines(content);
 }
 
 void qxDefaultMessageTranslator::readLines(std::string_view content)

@@ -5,10 +5,11 @@
 
 #include "qxstring.h"
 
-/// The value of the user key `name`; empty when there is none.
+/// The value of the user key `name`: what the settings say, and where they say nothing the variable of the environment.
+/// Empty when there is neither. Defined above the settings.
 ///
-/// Threads: any.
+/// Threads: any. It may take the message lock, then that of the settings.
 qxString qxGetUserKey(const char* name);
 
-/// Replaces where user keys come from; null is the start: the variables of the environment.
-void qxSetUserKeyLookup(qxString (*lookup)(const char* name));
+/// A number that is another one after each change of the settings that this process has noticed.
+unsigned int qxUserKeyVersion();

@@ -85,6 +85,12 @@ bool qxPlatformFileIsReplaceable(const char* name, int& error);
 /// the caller may not write it.
 qxPlatformFile* qxPlatformFileTemporary(const char* target, std::string& name, int& error);
 
+/// The same under a fixed name: that of the file behind the links, then `suffix`. One that was left there, by a program
+/// that was ended, is removed first: for callers that hold a lock on the target. A target that does not exist will be its
+/// owner's alone.
+qxPlatformFile* qxPlatformFileTemporaryNamed(const char* target, const char* suffix, std::string& name,
+                                             int& error);
+
 /// Puts the closed file `temporary` in the place of `target` and waits until the folder on the disk says
 /// so: whoever opens the target finds the old file or the new one, whole. Call qxPlatformFileSync on the
 /// temporary file before it is closed.
@@ -94,6 +100,27 @@ qxPlatformFile* qxPlatformFileTemporary(const char* target, std::string& name, i
 /// links to the old file keep the old content. After a failure to rename, the temporary file is still
 /// there; when only the wait for the disk fails, the result is false and the target is replaced.
 bool qxPlatformFileReplace(const char* temporary, const char* target, int& error);
+
+/// The full name of the file `name`, which need not exist; links stay.
+bool qxPlatformFileFullName(const char* name, std::string& full, int& error);
+
+/// The full name of the file that `name` names or links to, which need not exist.
+bool qxPlatformFileResolve(const char* name, std::string& resolved, int& error);
+
+/// Tells one state of a file from another: replacing it gives it another number, writing another time or size.
+struct qxPlatformFileIdentity {
+    bool exists = false;
+    bool isPlain = false; ///< neither a directory nor a device or pipe
+    unsigned long long volume = 0;
+    unsigned long long number = 0; ///< of the file on its volume
+    unsigned long long size = 0;   ///< bytes
+    unsigned long long time = 0;   ///< of the last change, in the system's own units
+
+    bool operator==(const qxPlatformFileIdentity&) const = default;
+};
+
+/// Looks at what `name` names or links to. That nothing is there is no error; false when that cannot be told.
+bool qxPlatformFileIdentify(const char* name, qxPlatformFileIdentity& identity, int& error);
 
 /// Removes the file `name`; directories are refused.
 bool qxPlatformFileRemove(const char* name, int& error);

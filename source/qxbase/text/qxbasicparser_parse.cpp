@@ -41,8 +41,21 @@ qxParseResult qxBasicParser::parseOne(unsigned int first, unsigned int rest)
 bool qxBasicParser::skip(unsigned int kinds)
 {
     bool found = false;
-    while (parseOne(kinds) == QX_PARSE_OK) found = true;
-    return found;
+    for (;;) {
+        const char16_t* place = m_view.current;
+        while (place != m_view.end && isOfKind(*place, kinds)) ++place;
+        found = found || place != m_view.current;
+        m_view.current = place;
+        if (place != m_view.end || !fill()) return found;
+    }
+}
+
+/// Takes tokens up to one of the given kinds, or to the end of the input.
+void qxBasicParser::skipUpTo(unsigned int kinds)
+{
+    do {
+        while (m_view.current != m_view.end && !isOfKind(*m_view.current, kinds)) ++m_view.current;
+    } while (m_view.current == m_view.end && fill());
 }
 
 bool qxBasicParser::isNext(char16_t token)
@@ -72,7 +85,7 @@ qxParseResult qxBasicParser::parseEnclosed(char16_t open, char16_t close, bool e
 qxParseResult qxBasicParser::parseAllExceptCREOL()
 {
     if (!hasData()) return QX_PARSE_NO_MATCH;
-    while (hasData() && !isOfKind(*m_view.current, CR | LF)) ++m_view.current;
+    skipUpTo(CR | LF);
     return QX_PARSE_OK;
 }
 
@@ -216,7 +229,7 @@ qxParseResult qxBasicParser::parseToCREOL()
 qxParseResult qxBasicParser::parseToEOL()
 {
     if (!hasData()) return QX_PARSE_NO_MATCH;
-    while (hasData() && *m_view.current != u'\n') ++m_view.current;
+    skipUpTo(LF);
     return QX_PARSE_OK;
 }
 

@@ -72,7 +72,7 @@ void qxXmlDom::read(qxSerializeAdapter* adapter)
 {
     if (refuseWhenBusy()) return;
     // Nobody but this class looks at the tree while it grows, or adds to it: text can be joined at once.
-    const bool isAlone = typeid(*this) == typeid(qxXmlDom);
+    const bool isAlone = m_hasNoOwnItems || typeid(*this) == typeid(qxXmlDom);
     const bool joins = m_mergeStandardReferences && isAlone;
     constexpr qxXmlItemType TAKEN = QX_XML_ELEMENT | QX_XML_ATTRIBUTE | QX_XML_CHARDATA;
     qxXmlIncluder outermost(adapter);

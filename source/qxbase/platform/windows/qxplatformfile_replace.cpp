@@ -17,6 +17,8 @@ namespace
 {
 
 constexpr int MOST_TRIES = 1000;
+constexpr int MOST_MOVES = 100; // a second in all
+constexpr DWORD MOVE_MILLISECONDS = 10;
 constexpr int NOT_PLAIN = ENOTSUP;
 
 class Handle
@@ -76,6 +78,56 @@ std::wstring folderOf(const std::wstring& name)
     return name.substr(0, name.find_last_of(L"/\\:") + 1); // none: npos + 1 is 0
 }
 
+// The error number of a target that a temporary file must not take the place of, else 0.
+int inspectForWriting(const char* name, Target& target)
+{
+    const int error = inspect(name, target);
+    if (error != 0) return error;
+    const bool exists = target.attributes != INVALID_FILE_ATTRIBUTES;
+    return exists && (target.attributes & FILE_ATTRIBUTE_READONLY) ? EACCES : 0;
+}
+
+// Makes a file that was not there.
+qxPlatformFile* createFile(const std::wstring& wideName, std::string& name, int& error)
+{
+    auto file = std::make_unique<qxPlatformFile>();
+    file->isWritable = true;
+    const int descriptor = _wopen(wideName.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT,
+                                  _S_IREAD | _S_IWRITE);
+    error = descriptor >= 0 ? 0 : errno;
+    if (error != 0) return nullptr;
+    name = qxNarrowText(wideName);
+    file->stream = _fdopen(descriptor, "r+bc");
+    if (file->stream) return file.release();
+    error = errno;
+    _close(descriptor);
+    _wunlink(wideName.c_str());
+    return nullptr;
+}
+
+// Whoever reads the old file at this moment stands in the way; that passes.
+bool moveOver(const std::wstring& name, const std::wstring& target)
+{
+    for (int tries = 0; tries < MOST_MOVES; ++tries) {
+        if (tries != 0) Sleep(MOVE_MILLISECONDS);
+        if (MoveFileExW(name.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            return true;
+        const DWORD reason = GetLastError();
+        if (reason != ERROR_SHARING_VIOLATION && reason != ERROR_ACCESS_DENIED) return false;
+    }
+    return false;
+}
+
+bool makeFull(const std::wstring& name, std::string& full, int& error)
+{
+    const DWORD room = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr);
+    std::wstring path(room, L'\0');
+    const DWORD length = GetFullPathNameW(name.c_str(), room, path.data(), nullptr);
+    error = length != 0 && length < room ? 0 : ENOENT;
+    if (error == 0) full = qxNarrowText({path.data(), length});
+    return error == 0;
+}
+
 } // namespace
 
 bool qxPlatformFileIsReplaceable(const char* name, int& error)
@@ -98,32 +150,26 @@ qxPlatformFile* qxPlatformFileTemporary(const char* targetName, std::string& nam
     static std::atomic<unsigned int> s_counter{0};
 
     Target target;
-    error = inspect(targetName, target);
+    error = inspectForWriting(targetName, target);
     if (error != 0) return nullptr;
-    if (target.attributes != INVALID_FILE_ATTRIBUTES && (target.attributes & FILE_ATTRIBUTE_READONLY)) {
-        error = EACCES;
-        return nullptr;
-    }
     const std::wstring start =
         folderOf(target.name) + L".qx-" + std::to_wstring(GetCurrentProcessId()) + L"-";
-    auto file = std::make_unique<qxPlatformFile>();
-    file->isWritable = true;
     for (int tries = 0; tries < MOST_TRIES; ++tries) {
-        const std::wstring wideName = start + std::to_wstring(s_counter++) + L".tmp";
-        const int descriptor = _wopen(
-            wideName.c_str(), _O_RDWR | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
-        error = descriptor >= 0 ? 0 : errno;
-        if (error == EEXIST) continue;
-        if (error != 0) return nullptr;
-        name = qxNarrowText(wideName);
-        file->stream = _fdopen(descriptor, "r+bc");
-        if (file->stream) return file.release();
-        error = errno;
-        _close(descriptor);
-        _wunlink(wideName.c_str());
-        return nullptr;
+        qxPlatformFile* const file = createFile(start + std::to_wstring(s_counter++) + L".tmp", name, error);
+        if (file || error != EEXIST) return file;
     }
     return nullptr;
+}
+
+qxPlatformFile* qxPlatformFileTemporaryNamed(const char* targetName, const char* suffix, std::string& name,
+                                             int& error)
+{
+    Target target;
+    error = inspectForWriting(targetName, target);
+    if (error != 0) return nullptr;
+    const std::wstring wideName = target.name + qxWideText(suffix);
+    _wunlink(wideName.c_str());
+    return createFile(wideName, name, error);
 }
 
 bool qxPlatformFileReplace(const char* temporary, const char* targetName, int& error)
@@ -134,8 +180,43 @@ bool qxPlatformFileReplace(const char* temporary, const char* targetName, int& e
     const std::wstring name = qxWideFileName(temporary);
     const bool exists = target.attributes != INVALID_FILE_ATTRIBUTES;
     const bool done =
-        (!exists || SetFileAttributesW(name.c_str(), target.attributes)) &&
-        MoveFileExW(name.c_str(), target.name.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+        (!exists || SetFileAttributesW(name.c_str(), target.attributes)) && moveOver(name, target.name);
     error = done ? 0 : qxErrorNumber(GetLastError());
     return done;
+}
+
+bool qxPlatformFileFullName(const char* name, std::string& full, int& error)
+{
+    return makeFull(qxWideFileName(name), full, error);
+}
+
+bool qxPlatformFileResolve(const char* name, std::string& resolved, int& error)
+{
+    Target target;
+    error = inspect(name, target);
+    if (error == EISDIR || error == NOT_PLAIN) error = 0;
+    return error == 0 && makeFull(target.name, resolved, error);
+}
+
+bool qxPlatformFileIdentify(const char* name, qxPlatformFileIdentity& identity, int& error)
+{
+    identity = qxPlatformFileIdentity();
+    error = 0;
+    const Handle handle(qxWideFileName(name));
+    if (!handle.isOpen()) {
+        const int reason = qxErrorNumber(GetLastError());
+        error = reason == ENOENT ? 0 : reason;
+        return error == 0;
+    }
+    identity.exists = true;
+    BY_HANDLE_FILE_INFORMATION status;
+    if (GetFileType(handle.get()) != FILE_TYPE_DISK || !GetFileInformationByHandle(handle.get(), &status))
+        return true;
+    const auto join = [](DWORD high, DWORD low) { return static_cast<unsigned long long>(high) << 32 | low; };
+    identity.isPlain = (status.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    identity.volume = status.dwVolumeSerialNumber;
+    identity.number = join(status.nFileIndexHigh, status.nFileIndexLow);
+    identity.size = join(status.nFileSizeHigh, status.nFileSizeLow);
+    identity.time = join(status.ftLastWriteTime.dwHighDateTime, status.ftLastWriteTime.dwLowDateTime);
+    return true;
 }

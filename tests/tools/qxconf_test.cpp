@@ -86,14 +86,18 @@ TEST_F(Tool, theSurroundingsChooseTheDocument)
 {
     file("named.reg", DOCUMENT);
     static char named[] = "QUAXO_SETTINGS=named.reg";
+    static char memory[] = "QUAXO_SETTINGS=mem:16,64";
     static char nothing[] = "QUAXO_SETTINGS=";
     putenv(named);
     EXPECT_EQ(answer("conf where"), "named.reg\n");
     EXPECT_EQ(answer("conf get a/one"), "1\n");
     EXPECT_EQ(answer("conf --file other.reg where"), "other.reg\n");
+    for (char* const variable : {nothing, memory}) { // memory is for callers only
+        putenv(variable);
+        EXPECT_EQ(run("conf where"), 0);
+        EXPECT_TRUE(out.ends_with("/quaxosdk/quaxosdk.reg\n")) << out;
+    }
     putenv(nothing);
-    EXPECT_EQ(run("conf where"), 0);
-    EXPECT_TRUE(out.ends_with("/quaxosdk/quaxosdk.reg\n")) << out;
 }
 
 } // namespace

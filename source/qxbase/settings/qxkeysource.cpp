@@ -8,6 +8,7 @@
 #include "platform/qxplatformfile.h"
 #include "platform/qxplatformfolder.h"
 #include "serialize/qxurl.h"
+#include "serialize/qxurlschemes.h"
 
 namespace
 {
@@ -53,7 +54,7 @@ qxKeySource qxPreferredKeySource()
 {
     std::string named;
     if (qxPlatformGetEnvironment("QUAXO_SETTINGS", named) && !named.empty() &&
-        named.size() <= qxString::MAX_LENGTH)
+        named.size() <= qxString::MAX_LENGTH && !qxIsURLForCallersOnly(named.c_str()))
         return qxMakeKeySource(named.c_str());
     const qxKeySource user = qxUserKeySource();
     const qxKeySource system = qxDefaultKeySource();

@@ -82,23 +82,15 @@ struct qxDynamicTypeArgumentParser::Values {
         const std::string rules = RULES + ("separator ::= " + quote(separator)) + ";";
         return qxMakeRuleProgram(qxRuleSet::load(rules.data(), rules.size()), functions);
     }
-
-    /// The one for commas is made once.
-    static std::shared_ptr<const qxRuleProgram> programFor(const qxString& separator)
-    {
-        if (separator != ",") return makeProgram(separator);
-        static const std::shared_ptr<const qxRuleProgram>& program =
-            *new std::shared_ptr<const qxRuleProgram>(
-                makeProgram(separator)); // never destroyed: threads may go on
-        return program;
-    }
 };
 
 qxDynamicTypeArgumentParser::qxDynamicTypeArgumentParser(const qxString& separator, bool hasEscapes)
     : m_values(std::make_unique<Values>()), m_hasEscapes(hasEscapes)
 {
+    static const std::shared_ptr<const qxRuleProgram>& forCommas = *new std::shared_ptr<const qxRuleProgram>(
+        Values::makeProgram(",")); // never destroyed: threads may go on
     useUtf8(1);
-    rules().setProgram(Values::programFor(separator));
+    rules().setProgram(separator == "," ? forCommas : Values::makeProgram(separator));
 }
 
 qxDynamicTypeArgumentParser::~qxDynamicTypeArgumentParser() noexcept(false) = default;

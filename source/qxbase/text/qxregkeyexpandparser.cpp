@@ -21,21 +21,21 @@ constexpr char RULES[] = "regkey ::= '$(' $ [^)]* fRegKey ')' ;\n"
 struct qxRegKeyExpandParser::Pieces {
     qxResultChain<qxString> chain;
 
-    static const std::shared_ptr<const qxRuleProgram>& getProgram()
+    static std::shared_ptr<const qxRuleProgram> makeProgram()
     {
-        static const std::shared_ptr<const qxRuleProgram>& program =
-            *new std::shared_ptr<const qxRuleProgram>(qxMakeRuleProgram(
-                qxRuleSet::load(RULES, sizeof RULES - 1),
-                {{"fRegKey", static_cast<qxParserFunction>(&qxRegKeyExpandParser::fRegKey)},
-                 {"fString", static_cast<qxParserFunction>(&qxRegKeyExpandParser::fString)}}));
-        return program; // never destroyed: threads may go on
+        return qxMakeRuleProgram(
+            qxRuleSet::load(RULES, sizeof RULES - 1),
+            {{"fRegKey", static_cast<qxParserFunction>(&qxRegKeyExpandParser::fRegKey)},
+             {"fString", static_cast<qxParserFunction>(&qxRegKeyExpandParser::fString)}});
     }
 };
 
 qxRegKeyExpandParser::qxRegKeyExpandParser() : m_pieces(std::make_unique<Pieces>())
 {
+    static const std::shared_ptr<const qxRuleProgram>& program = *new std::shared_ptr<const qxRuleProgram>(
+        Pieces::makeProgram()); // never destroyed: threads may go on
     useUtf8(1);
-    rules().setProgram(Pieces::getProgram());
+    rules().setProgram(program);
 }
 
 qxRegKeyExpandParser::~qxRegKeyExpandParser() noexcept(false) = default;

@@ -85,6 +85,7 @@
 #include "qxxmlvalue.h"
 
 #include "qxkeydatabase.h"
+
 #include "qxhostaddress.h"
 #include "qxhostinfo.h"
 #include "qxnetdata.h"

@@ -66,6 +66,9 @@ class QX_API qxKeyDatabase
 public:
     qxKeyDatabase() = delete;
 
+    static constexpr const char* SLASH = "/";   ///< between the parts of a path
+    static constexpr const char* DSLASH = "//"; ///< before a path that may begin at any depth of a document
+
     /// The value; empty when there is none.
     static qxString getRegKey(qxRegKeyHeader header, qxString path, const qxString& name);
 

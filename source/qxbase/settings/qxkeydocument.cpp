@@ -2,6 +2,7 @@
 
 #include "settings/qxkeydocument.h"
 
+#include "qxkeydatabase.h"
 #include "qxmessage.h"
 #include "qxserializeadaptermemory.h"
 
@@ -134,7 +135,8 @@ qxXmlItem* qxKeyDocument::locate(const qxString& path, const qxString& name)
 // A path may hold more than names: indices, and steps to parents.
 qxXmlItem* qxKeyDocument::locatePlain(const std::string& path, const qxString& name)
 {
-    const std::string way = "//" + path + "/" + std::string(qxKeyView(name)) + "/";
+    const std::string way = qxKeyDatabase::DSLASH + path + qxKeyDatabase::SLASH +
+                            std::string(qxKeyView(name)) + qxKeyDatabase::SLASH;
     const bool isPlain = way.find('[') == std::string::npos && way.find("/./") == std::string::npos &&
                          way.find("/../") == std::string::npos;
     if (isPlain || name.isEmpty() || way.size() > qxString::MAX_LENGTH - 16) return nullptr;

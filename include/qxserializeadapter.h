@@ -265,6 +265,15 @@ protected:
     };
     Window m_window;
 
+    /// For read_imp of a class whose fillWindow waits for bytes: takes `count` out of the window, fewer only at the end.
+    unsigned int readFromWindow(unsigned char* buffer, unsigned int count);
+
+    /// Bytes that can be read from the window now.
+    unsigned int getLent() const
+    {
+        return m_window.next < m_window.end ? static_cast<unsigned int>(m_window.end - m_window.next) : 0;
+    }
+
 private:
     friend class qxAdapterBytes;
 
@@ -272,10 +281,6 @@ private:
     /// lent.
     virtual void fillWindow(unsigned int wanted);
 
-    unsigned int getLent() const
-    {
-        return m_window.next < m_window.end ? static_cast<unsigned int>(m_window.end - m_window.next) : 0;
-    }
     unsigned int getRoom() const
     {
         return m_window.next < m_window.roomEnd ? static_cast<unsigned int>(m_window.roomEnd - m_window.next)

@@ -83,7 +83,6 @@ protected:
 private:
     void fillWindow(unsigned int wanted) final;
 
-    bool fill();
     void encodeWaiting();
     void flushStream();
     void takeError();

@@ -3,8 +3,7 @@
 #include "qxconf.h"
 
 #include "qxoutput.h"
-
-#include "qxserializeadapter.h"
+#include "qxtextsink.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -22,21 +21,6 @@ class Check : public qxXmlSax
 {
 public:
     unsigned char onElementStart(const qxString&, unsigned int) override { return !isInterrupted(); }
-};
-
-class Sink final : public qxSerializeAdapter
-{
-public:
-    std::string bytes;
-
-protected:
-    using qxSerializeAdapter::read_imp;
-    unsigned char read_imp() override { return 0; } // never read
-    void write_imp(unsigned char byte) override { bytes += static_cast<char>(byte); }
-    void write_imp(unsigned char* block, unsigned int count) override
-    {
-        bytes.append(reinterpret_cast<const char*>(block), count);
-    }
 };
 
 std::string documentOf(const qxCommandLine& line)
@@ -215,9 +199,9 @@ qxStatus runExport(qxReport& report, const qxCommandLine& line)
 {
     const qxStatus status = openSettings(report, line);
     if (status != qxStatus::DONE) return status;
-    Sink sink;
+    qxTextSink sink;
     if (!qxKeyDatabase::exportLocalRegistry(&sink)) throw qxFileError("the document can not be written");
-    writeFile(line.getArgumentCount() == 0 ? std::string("-") : line.getArgumentText(0), sink.bytes);
+    writeFile(line.getArgumentCount() == 0 ? std::string("-") : line.getArgumentText(0), sink.text);
     return qxStatus::DONE;
 }
 

@@ -2,6 +2,7 @@
 
 #include "qxcommands.h"
 #include "qxoutput.h"
+#include "qxtextsink.h"
 
 #include "qxdynamictype.h"
 #include "qxobject.h"
@@ -11,22 +12,6 @@
 
 namespace
 {
-
-/// Keeps what is written to it.
-class Text final : public qxSerializeAdapter
-{
-public:
-    std::string bytes;
-
-protected:
-    using qxSerializeAdapter::read_imp;
-    unsigned char read_imp() override { return 0; } // never read
-    void write_imp(unsigned char byte) override { bytes += static_cast<char>(byte); }
-    void write_imp(unsigned char* data, unsigned int count) override
-    {
-        bytes.append(reinterpret_cast<const char*>(data), count);
-    }
-};
 
 /// Takes the content of elements for objects and custom data, and keeps the last one.
 class Contents final : public qxXmlObjectInterface, public qxXmlCustomDataInterface
@@ -148,10 +133,10 @@ public:
 
     unsigned char onDynamicType(const qxDynamicType& value, const qxString& name, unsigned int level) override
     {
-        Text text;
-        value.asJSON(&text);
+        qxTextSink sink;
+        value.asJSON(&sink);
         const qxString tag = value.getDynamicType();
-        return line("DynamicType", {&name, &tag}, text.bytes + " " + std::to_string(level));
+        return line("DynamicType", {&name, &tag}, sink.text + " " + std::to_string(level));
     }
 
     unsigned char onObject(qxObject*, const qxString& name, unsigned int level) override

@@ -143,6 +143,20 @@ unsigned int qxSerializeAdapter::readBlock(unsigned char* buffer, unsigned int c
     return count;
 }
 
+unsigned int qxSerializeAdapter::readFromWindow(unsigned char* buffer, unsigned int count)
+{
+    unsigned int done = 0;
+    while (done < count) {
+        if (getLent() == 0) fillWindow(count - done);
+        const unsigned int part = std::min(count - done, getLent());
+        if (part == 0) break;
+        std::memcpy(buffer + done, m_window.next, part);
+        m_window.next += part;
+        done += part;
+    }
+    return done;
+}
+
 unsigned int qxSerializeAdapter::readRest(unsigned char* buffer, unsigned int done, unsigned int count)
 {
     for (unsigned int part = done; part > 0 && done < count; done += part)

@@ -162,33 +162,19 @@ void qxSerializeAdapterFilter::take(unsigned int count)
 }
 
 // Decodes the next bytes unless some are there; false at the end.
-bool qxSerializeAdapterFilter::fill()
+void qxSerializeAdapterFilter::fillWindow(unsigned int)
 {
-    if (m_window.next < m_window.end) return true;
-    if (!isReading() || m_isDone) return false;
+    if (getLent() > 0 || !isReading() || m_isDone) return;
     const unsigned int count = decode(m_buffer.get(), BLOCK);
     m_window.next = m_buffer.get();
     m_window.end = m_window.next + count;
     m_isDone = count == 0;
-    return count > 0;
-}
-
-void qxSerializeAdapterFilter::fillWindow(unsigned int)
-{
-    fill();
 }
 
 unsigned int qxSerializeAdapterFilter::read_imp(unsigned char* buffer, unsigned int count)
 {
     if (!isReading()) setError(translate("The stream is open for writing"));
-    unsigned int done = 0;
-    while (done < count && fill()) {
-        const auto part = std::min(count - done, static_cast<unsigned int>(m_window.end - m_window.next));
-        std::memcpy(buffer + done, m_window.next, part);
-        m_window.next += part;
-        done += part;
-    }
-    return done;
+    return readFromWindow(buffer, count);
 }
 
 unsigned char qxSerializeAdapterFilter::read_imp()
@@ -200,10 +186,11 @@ unsigned char qxSerializeAdapterFilter::read_imp()
 
 qxUInt64 qxSerializeAdapterFilter::length_imp()
 {
-    return m_window.next < m_window.end ? static_cast<qxUInt64>(m_window.end - m_window.next) : 0;
+    return getLent();
 }
 
 unsigned char qxSerializeAdapterFilter::hasData_imp()
 {
-    return fill();
+    fillWindow(1);
+    return getLent() > 0;
 }

@@ -125,35 +125,21 @@ void qxSerializeAdapterStream::write_imp(unsigned char byte)
 }
 
 // Waits for the next bytes unless some are there; false at the end.
-bool qxSerializeAdapterStream::fill()
+void qxSerializeAdapterStream::fillWindow(unsigned int)
 {
-    if (m_window.next < m_window.end) return true;
-    if (m_isDone || !isReading()) return false;
+    if (getLent() > 0 || m_isDone || !isReading()) return;
     int error = 0;
     const std::size_t count = qxPlatformFileReadSome(m_file, m_buffer.get(), BUFFER_SIZE, error);
     m_window.next = m_buffer.get();
     m_window.end = m_window.next + count;
     if (error) setSystemError("Could not read from file '", error);
     m_isDone = count == 0;
-    return count > 0;
-}
-
-void qxSerializeAdapterStream::fillWindow(unsigned int)
-{
-    fill();
 }
 
 unsigned int qxSerializeAdapterStream::read_imp(unsigned char* buffer, unsigned int count)
 {
     if (!isReading()) setError(translate("The stream is open for writing"));
-    unsigned int done = 0;
-    while (done < count && fill()) {
-        const auto part = std::min(count - done, static_cast<unsigned int>(m_window.end - m_window.next));
-        std::memcpy(buffer + done, m_window.next, part);
-        m_window.next += part;
-        done += part;
-    }
-    return done;
+    return readFromWindow(buffer, count);
 }
 
 unsigned char qxSerializeAdapterStream::read_imp()
@@ -165,10 +151,11 @@ unsigned char qxSerializeAdapterStream::read_imp()
 
 qxUInt64 qxSerializeAdapterStream::length_imp()
 {
-    return m_window.next < m_window.end ? static_cast<qxUInt64>(m_window.end - m_window.next) : 0;
+    return getLent();
 }
 
 unsigned char qxSerializeAdapterStream::hasData_imp()
 {
-    return fill();
+    fillWindow(1);
+    return getLent() > 0;
 }

@@ -48,7 +48,6 @@ private:
     void fillWindow(unsigned int wanted) override;
 
     bool isReading() const { return m_action == QX_SERIALIZE_INPUT; }
-    bool fill();
     bool writeOut();
     bool hand(const unsigned char* bytes, unsigned int count);
     void setSystemError(const char* text, int systemError);

@@ -75,21 +75,26 @@ bool qxKeyStore::getKey(qxRegKeyHeader header, const qxString& path, const qxStr
     });
 }
 
+// In the system's registry where that counts, else in the document. `inSystem` takes the path as the registry has it.
+bool qxKeyStore::changeKey(const qxString& path, const std::function<bool(const char*)>& inSystem,
+                           const Change& inDocument, bool makesFile)
+{
+    bool isDone = false;
+    const bool isInSystem = read([&] {
+        if (!usesSystemRegistry()) return false;
+        isDone = inSystem(systemPath(pathOrDefault(path)).c_str());
+        return true;
+    });
+    if (!isInSystem) return changeDocument(inDocument, makesFile);
+    noteChange();
+    return isDone;
+}
+
 bool qxKeyStore::setKey(qxRegKeyHeader header, const qxString& path, const qxString& name,
                         const qxString& value)
 {
-    const auto inSystem = [&](bool& isDone) {
-        if (!usesSystemRegistry()) return false;
-        isDone = qxPlatformRegistrySet(header == QX_KEY_USER, systemPath(pathOrDefault(path)).c_str(), name,
-                                       value);
-        return true;
-    };
-    bool isDone = false;
-    if (read([&] { return inSystem(isDone); })) {
-        noteChange();
-        return isDone;
-    }
-    return changeDocument(
+    return changeKey(
+        path, [&](const char* key) { return qxPlatformRegistrySet(header == QX_KEY_USER, key, name, value); },
         [&](qxKeyDocument& document, bool& isChanged, std::string& error) {
             return document.set(pathOrDefault(path), name, value, isChanged, error);
         },
@@ -98,18 +103,8 @@ bool qxKeyStore::setKey(qxRegKeyHeader header, const qxString& path, const qxStr
 
 bool qxKeyStore::removeKey(qxRegKeyHeader header, const qxString& path, const qxString& name)
 {
-    const auto inSystem = [&](bool& isDone) {
-        if (!usesSystemRegistry()) return false;
-        isDone =
-            qxPlatformRegistryRemove(header == QX_KEY_USER, systemPath(pathOrDefault(path)).c_str(), name);
-        return true;
-    };
-    bool isDone = false;
-    if (read([&] { return inSystem(isDone); })) {
-        noteChange();
-        return isDone;
-    }
-    return changeDocument(
+    return changeKey(
+        path, [&](const char* key) { return qxPlatformRegistryRemove(header == QX_KEY_USER, key, name); },
         [&](qxKeyDocument& document, bool& isChanged, std::string& error) {
             return document.remove(pathOrDefault(path), name, isChanged, error);
         },

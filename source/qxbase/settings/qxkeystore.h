@@ -97,6 +97,8 @@ private:
 
     /// Takes the locks itself, and waits for other programs. With `makesFile` false a file that is missing stays so.
     bool changeDocument(const Change& apply, bool makesFile);
+    bool changeKey(const qxString& path, const std::function<bool(const char*)>& inSystem,
+                   const Change& inDocument, bool makesFile);
 
     /// Runs `work` with the lock held and the document read; it sends no messages.
     template <class Work>

@@ -23,6 +23,8 @@ case ${1:-} in
     wineserver -p # stays, or each program takes more than a second
     # Dialogs have nowhere to be seen, and work all the same.
     wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f </dev/null >/dev/null 2>&1
+    # The first program with a window starts the desktop, which then holds its output open for as long as others follow.
+    wine explorer </dev/null >/dev/null 2>&1 &
     ;;
 --stop) wineserver -k ;;
 *) exec wine "$@" ;;

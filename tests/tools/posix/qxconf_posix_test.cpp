@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxtestfolder.h"
+#include "tools/qxtooltest.h"
 
 #include <gtest/gtest.h>
 
@@ -68,6 +69,12 @@ int qx(const std::string& words)
 {
     const std::filesystem::path tool = QX_TOOL;
     return std::system((tool.string() + " " + words).c_str());
+}
+
+TEST_F(Tool, aValueOfSettingsHas65535Bytes) // the command lines of other systems are shorter
+{
+    EXPECT_EQ(run("conf --file s.reg set x " + std::string(65536, 'x')), 5);
+    EXPECT_EQ(run("conf --file s.reg set x " + std::string(65535, 'x')), 0);
 }
 
 TEST(Tool_posix, watchesSettingsUntilItIsInterrupted)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: see LICENSE
 
 #include "qxkeydatabase.h"
+#include "qxprogress.h"
 
 #include "settings/qxsettingstest.h"
 
@@ -434,6 +435,21 @@ TEST_F(qxKeyDatabaseTest, nobodySeesADocumentThatIsHalfRead)
             EXPECT_TRUE(qxKeyDatabase::getRegKey(QX_KEY_USER, "r", "k299") == "v");
         }
     });
+}
+
+TEST_F(qxKeyDatabaseTest, readsWithoutReportsOfProgress)
+{
+    struct Receiver final : qxProgressInterface {
+        Receiver() { qxProgress::setReceiver(this); }
+        ~Receiver() override { qxProgress::setReceiver(nullptr); }
+        void onProgress(const qxString&, unsigned int, const char*) override { ++count; }
+        int count = 0;
+    };
+    const Receiver receiver;
+    std::string document = "<registry>";
+    for (int i = 0; i < 10000; ++i) document += "<a>some text</a>\n";
+    EXPECT_TRUE(use(document + "</registry>"));
+    EXPECT_EQ(receiver.count, 0);
 }
 
 } // namespace

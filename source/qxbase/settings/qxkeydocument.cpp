@@ -84,6 +84,7 @@ bool qxKeyDocument::read(qxSerializeAdapter& adapter)
     qxSerializeAdapterMemory memory(bytes.data(), static_cast<unsigned int>(bytes.size()));
     memory.setName(adapter.getName());
     memory.setURLBase(adapter.getURLBase());
+    m_tree.useProgress(0);
     m_tree.read(&memory);
     changed();
     return !m_tree.hasError();

@@ -214,7 +214,8 @@ private:
     bool isAtEnd(double end, int& number);
     void closeHandle();
     void adopt(qxInt64 handle, qxSocketType type);
-    int receiveBytes(void* buffer, unsigned int count, qxSocketAddress* sender, qxSocketError& error);
+    int receiveBytes(void* buffer, unsigned int count, qxSocketAddress* sender, unsigned int how,
+                     qxSocketError& error);
     bool receivePass(qxSocketError& error);
     qxRefPointer<qxNetData> takeData(qxSocketError& error);
     template <class Call>

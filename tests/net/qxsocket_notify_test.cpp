@@ -69,6 +69,25 @@ TEST(qxSocketNotify, pollHandsOnWhatIsThereAndDoesNotWait)
     EXPECT_FALSE(pair.client.hasSocketError());
 }
 
+// Of two that see the same byte, one finds nothing when it comes to take it.
+TEST(qxSocketNotify, pollsOfSeveralThreadsDoNotWaitForEachOther)
+{
+    Pair pair;
+    std::atomic<int> bytes{0};
+    const auto take = [&] {
+        while (bytes < 500) bytes += pair.client.poll();
+    };
+    std::thread first(take);
+    std::thread second(take);
+    for (int i = 1; i <= 500; ++i) {
+        sendText(*pair.server, "x");
+        while (bytes < i) std::this_thread::yield();
+    }
+    first.join();
+    second.join();
+    EXPECT_FALSE(pair.client.hasSocketError());
+}
+
 TEST(qxSocketNotify, pollHandsOnOneDatagram)
 {
     Receiver receiver;

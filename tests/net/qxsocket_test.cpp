@@ -90,6 +90,7 @@ TEST(qxSocket, aCallOnNoSocketFails)
     EXPECT_EQ(socket.getSocketError(), QX_SOCKET_INVALID_DESCRIPTOR);
     EXPECT_EQ(socket.getPendingBytes(), 0U);
     EXPECT_TRUE(socket.getBindAddress().isNull());
+    EXPECT_FALSE(socket.isBindTo({}) || socket.isConnectedTo({})); // no address is none to be bound to
     EXPECT_TRUE(socket.getBroadcastAddress().isNull());
     EXPECT_FALSE(socket.isReadyToSend(100));
     EXPECT_FALSE(socket.accept());

@@ -149,12 +149,12 @@ qxSocketAddress qxSocket::getConnectAddress()
 
 unsigned char qxSocket::isBindTo(const qxSocketAddress& address)
 {
-    return getBindAddress() == address;
+    return getBindAddress() == address && !address.isNull();
 }
 
 unsigned char qxSocket::isConnectedTo(const qxSocketAddress& address)
 {
-    return getConnectAddress() == address;
+    return getConnectAddress() == address && !address.isNull();
 }
 
 int qxSocket::send(const void* bytes, unsigned int count)
@@ -175,7 +175,7 @@ int qxSocket::sendTo(const void* bytes, unsigned int count, const qxSocketAddres
 int qxSocket::receive(void* buffer, unsigned int count)
 {
     qxSocketError error = QX_SOCKET_NO_ERROR;
-    const int result = receiveBytes(buffer, count, nullptr, error);
+    const int result = receiveBytes(buffer, count, nullptr, 0, error);
     if (error != QX_SOCKET_NO_ERROR) report(error);
     return result;
 }
@@ -183,21 +183,23 @@ int qxSocket::receive(void* buffer, unsigned int count)
 int qxSocket::receiveFrom(void* buffer, unsigned int count, qxSocketAddress& sender)
 {
     qxSocketError error = QX_SOCKET_NO_ERROR;
-    const int result = receiveBytes(buffer, count, &sender, error);
+    const int result = receiveBytes(buffer, count, &sender, 0, error);
     if (error != QX_SOCKET_NO_ERROR) report(error);
     return result;
 }
 
 // Where a stream's bytes come from the system does not say at each block.
-int qxSocket::receiveBytes(void* buffer, unsigned int count, qxSocketAddress* sender, qxSocketError& error)
+int qxSocket::receiveBytes(void* buffer, unsigned int count, qxSocketAddress* sender, unsigned int how,
+                           qxSocketError& error)
 {
     const bool isStream = m_type == QX_SOCKET_STREAM;
     bool isTruncated = false;
     qxPlatformAddress address;
     const int result = run(
         [&](qxPlatformSocket socket, int& number) {
-            const int received = qxPlatformSocketReceive(socket, isStream, buffer, count,
-                                                         sender ? &address : nullptr, isTruncated, number);
+            const int received =
+                qxPlatformSocketReceive(socket, how | (isStream ? QX_PLATFORM_RECEIVE_STREAM : 0), buffer,
+                                        count, sender ? &address : nullptr, isTruncated, number);
             int ignored = 0;
             if (sender && received >= 0 && isStream) qxPlatformSocketPeerAddress(socket, address, ignored);
             return received;

@@ -83,7 +83,8 @@ bool qxSocket::isAtEnd(double end, int& number)
     unsigned char unread[16384];
     bool ignored = false;
     int error = 0;
-    while (qxPlatformSocketReceive(m_handle, true, unread, sizeof(unread), nullptr, ignored, error) > 0)
+    while (qxPlatformSocketReceive(m_handle, QX_PLATFORM_RECEIVE_STREAM, unread, sizeof(unread), nullptr,
+                                   ignored, error) > 0)
         if (qxTime::systemSeconds() > end) break;
     return false;
 }

@@ -55,7 +55,9 @@ qxRefPointer<qxNetData> qxSocket::takeData(qxSocketError& error)
 
     std::vector<unsigned char> bytes(std::min(count, LARGEST_MESSAGE));
     qxSocketAddress sender;
-    const int received = receiveBytes(bytes.data(), static_cast<unsigned int>(bytes.size()), &sender, error);
+    const int received = receiveBytes(bytes.data(), static_cast<unsigned int>(bytes.size()), &sender,
+                                      QX_PLATFORM_RECEIVE_AT_ONCE, error);
+    if (received < 0 && error == QX_SOCKET_WOULD_BLOCK) error = QX_SOCKET_NO_ERROR; // another thread took it
     if (received < 0 || error != QX_SOCKET_NO_ERROR || (isStream && received == 0)) return nullptr;
     return qxRefPointer<qxNetData>(new qxNetData(bytes.data(), static_cast<unsigned int>(received), sender));
 }

@@ -84,9 +84,15 @@ bool qxPlatformSocketConnect(qxPlatformSocket socket, const qxPlatformAddress& a
 int qxPlatformSocketSend(qxPlatformSocket socket, const void* bytes, unsigned int count,
                          const qxPlatformAddress* address, int& error);
 
+/// How to receive; flags.
+enum qxPlatformReceiving : unsigned char {
+    QX_PLATFORM_RECEIVE_STREAM = 1, ///< no datagrams
+    QX_PLATFORM_RECEIVE_AT_ONCE = 2 ///< the error "would block" instead of a wait
+};
+
 /// Bytes received, 0 at the end of a stream, or -1. `sender` may be null. A datagram that is longer than `count` gives its
 /// first bytes and `isTruncated`.
-int qxPlatformSocketReceive(qxPlatformSocket socket, bool isStream, void* buffer, unsigned int count,
+int qxPlatformSocketReceive(qxPlatformSocket socket, unsigned int how, void* buffer, unsigned int count,
                             qxPlatformAddress* sender, bool& isTruncated, int& error);
 
 bool qxPlatformSocketSetBlocking(qxPlatformSocket socket, bool isBlocking, int& error);

@@ -232,15 +232,16 @@ int qxPlatformSocketSend(qxPlatformSocket socket, const void* bytes, unsigned in
     return static_cast<int>(sent);
 }
 
-int qxPlatformSocketReceive(qxPlatformSocket socket, bool isStream, void* buffer, unsigned int count,
+int qxPlatformSocketReceive(qxPlatformSocket socket, unsigned int how, void* buffer, unsigned int count,
                             qxPlatformAddress* sender, bool& isTruncated, int& error)
 {
     count = std::min(count, LONGEST_BLOCK);
     qxSystemAddress system;
     system.any.sa_family = AF_UNSPEC; // streams give no address
     socklen_t length = sizeof(system);
-    const int flags =
-        isStream ? 0 : MSG_TRUNC; // with it a datagram tells its whole length; streams would lose bytes
+    int flags = how & QX_PLATFORM_RECEIVE_AT_ONCE ? MSG_DONTWAIT : 0;
+    if (!(how & QX_PLATFORM_RECEIVE_STREAM))
+        flags |= MSG_TRUNC; // so a datagram tells its whole length; streams would lose bytes
     const ssize_t received = repeat([&] {
         return recvfrom(handle(socket), buffer, count, flags, sender ? &system.any : nullptr,
                         sender ? &length : nullptr);

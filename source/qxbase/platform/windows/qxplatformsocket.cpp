@@ -211,9 +211,16 @@ int qxPlatformSocketSend(qxPlatformSocket socket, const void* bytes, unsigned in
     return sent;
 }
 
-int qxPlatformSocketReceive(qxPlatformSocket socket, bool, void* buffer, unsigned int count,
+// What is there may be taken by another thread before it is received: the system can be told no better.
+int qxPlatformSocketReceive(qxPlatformSocket socket, unsigned int how, void* buffer, unsigned int count,
                             qxPlatformAddress* sender, bool& isTruncated, int& error)
 {
+    isTruncated = false;
+    if (how & QX_PLATFORM_RECEIVE_AT_ONCE) {
+        const int ready = wait(socket, false, 0, error);
+        if (ready == 0) error = WSAEWOULDBLOCK;
+        if (ready <= 0) return -1;
+    }
     const int size = static_cast<int>(std::min(count, LONGEST_BLOCK));
     auto* const data = static_cast<char*>(buffer);
     qxSystemAddress system;

@@ -3,6 +3,7 @@
 #include "qxinput.h"
 
 #include "qxoutput.h"
+#include "qxreport.h"
 #include "qxusage.h"
 
 #include "qxserializeadapterreplace.h"
@@ -15,15 +16,13 @@
 namespace
 {
 
-/// A stream of the C library, read in blocks as they come: standard input, a pipe, a device.
+/// Standard input, a pipe or a device, in blocks as they come, and counted.
 class Stream : public qxSerializeAdapter
 {
 public:
-    Stream(const std::string& name, std::FILE* stream) : m_stream(stream) { setName(name.c_str()); }
-
-    ~Stream() noexcept(false) override
+    Stream(const std::string& name, const qxRefPointer<qxSerializeAdapter>& source) : m_source(source)
     {
-        if (m_stream != stdin) std::fclose(m_stream);
+        setName(name.c_str());
     }
 
     unsigned char supportAction(qxSerializeAction action) override { return action == QX_SERIALIZE_INPUT; }
@@ -50,26 +49,34 @@ protected:
     unsigned char hasData_imp() override { return fill(); }
 
 private:
+    // Who reads may wait long: what was found so far is shown first, and the interrupt key need not wait too.
     bool fill()
     {
         if (m_next < m_end) return true;
-        m_next = 0;
-        m_end = static_cast<unsigned int>(std::fread(m_bytes, 1, sizeof(m_bytes), m_stream));
+        std::fflush(stdout);
+        const qxQuickEnd quickEnd("");
+        m_next = m_end = 0;
+        if (m_source->hasData()) {
+            const qxUInt64 there = std::clamp<qxUInt64>(m_source->length(), 1, sizeof(m_bytes));
+            m_end = m_source->read(m_bytes, static_cast<unsigned int>(there));
+        }
         m_total += m_end;
-        if (std::ferror(m_stream)) setError(qxString("Could not read '") + getName() + "'");
+        if (m_source->hasError()) setError(qxString("Could not read '") + getName() + "'");
         return m_end > 0;
     }
 
-    std::FILE* const m_stream;
+    const qxRefPointer<qxSerializeAdapter> m_source;
     unsigned long long m_total = 0;
     unsigned int m_next = 0;
     unsigned int m_end = 0;
     unsigned char m_bytes[65536];
 };
 
-qxInput streamInput(const std::string& name, std::FILE* stream)
+qxInput openStream(const std::string& name, const std::string& url)
 {
-    Stream* const adapter = new Stream(name, stream);
+    const qxRefPointer<qxSerializeAdapter> source = qxSerializeAdapter::getURLAdapter(url.c_str());
+    if (!source) throw qxFileError("Could not read '" + name + "'");
+    Stream* const adapter = new Stream(name, source);
     return {adapter, 0, &adapter->getTotal()};
 }
 
@@ -77,15 +84,13 @@ qxInput streamInput(const std::string& name, std::FILE* stream)
 
 qxInput openInput(const std::string& name)
 {
-    if (name == "-") return streamInput(name, stdin);
+    if (name == "-") return openStream(name, "con:");
     if (name.empty()) throw qxUsageError("a file name is empty");
     // What is no ordinary file (a pipe, a device) tells no size. A directory is refused with its own text below.
     std::error_code ignored;
-    if (!qxSerializeAdapterReplace::canReplace(name.c_str()) &&
-        !std::filesystem::is_directory(name, ignored)) {
-        std::FILE* const stream = std::fopen(name.c_str(), "rb");
-        if (stream) return streamInput(name, stream);
-    }
+    if (!qxSerializeAdapterReplace::canReplace(name.c_str()) && std::filesystem::exists(name, ignored) &&
+        !std::filesystem::is_directory(name, ignored))
+        return openStream(name, "file:" + name + "?is=input"); // only the last "?" of a URL begins attributes
     qxInput input = {new qxSerializeAdapterFile(name.c_str())};
     checkInput(input);
     input.size = input.adapter->length();

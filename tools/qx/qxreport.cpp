@@ -112,6 +112,7 @@ qxQuickEnd::qxQuickEnd(const std::string& leftOver)
     leftOverFile[leftOver.size()] = 0;
     std::atomic_signal_fence(std::memory_order_seq_cst);
     isEndingQuickly = 1;
+    if (interrupted) onInterrupt(SIGINT); // it came just before
 }
 
 qxQuickEnd::~qxQuickEnd()

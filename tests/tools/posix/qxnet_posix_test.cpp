@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: see LICENSE
 
+#include "net/qxnettest.h"
 #include "tools/qxtooltest.h"
 
 #include "qxthread.h"
@@ -37,6 +38,23 @@ TEST_F(Tool, saysThatItsPeerHasReset)
     close(peer);
     EXPECT_EQ(status.get(), 4);
     EXPECT_TRUE(hasError("qx: error: qxSocket error: Connection was reset\n")) << err;
+}
+
+// Who types does not end the input after each line.
+TEST(NetToolPosix, sendsALineBeforeTheNextComes)
+{
+    Listener listener;
+    const qxString command = qxString(QX_TOOL) + " net send " + listener.getBindAddress().asString();
+    std::FILE* const input = popen(command.getString(), "w");
+    ASSERT_TRUE(input);
+    const qxRefPointer<qxSocket> peer = listener.accept();
+    for (const char* const line : {"first\n", "second\n"}) {
+        std::fputs(line, input);
+        std::fflush(input);
+        EXPECT_EQ(receiveText(*peer), line);
+    }
+    peer->close(0);
+    EXPECT_EQ(pclose(input), 0);
 }
 
 } // namespace

@@ -37,6 +37,7 @@ constexpr Question SCENE = {"scene/node[2000]", "node", 2000, "id"};
 constexpr Question SETTINGS = {"settings/group[2000]", "group", 2000, "name"};
 constexpr Question MIME = {"mime-info/mime-type[300]", "mime-type", 300, "type"};
 constexpr Question BOOK = {"book/p[500]", "p", 500, "none"};
+constexpr Question MESSAGE = {"message/to", "to", 1, "host"};
 
 std::uint64_t checksum(const char* text)
 {
@@ -131,6 +132,14 @@ const qxBenchEntry s_mime("xml-tree/mime", QX_BENCH_MEGABYTES,
                           [](qxBenchCase& bench) { prepareTree(bench, qxBenchMime(), MIME); });
 const qxBenchEntry s_prose("xml-tree/prose", QX_BENCH_MEGABYTES,
                            [](qxBenchCase& bench) { prepareTree(bench, qxBenchAsciiProse(SIZE), BOOK); });
+
+// What programs send each other: each is a document of its own.
+const qxBenchEntry s_message("xml-tree/message", QX_BENCH_MEGABYTES, [](qxBenchCase& bench) {
+    prepareTree(bench,
+                "<?xml version=\"1.0\"?><message id=\"7\" kind=\"ping\"><from host=\"alpha\"/>"
+                "<to host=\"beta\">are you there?</to></message>",
+                MESSAGE);
+});
 
 const qxBenchEntry s_sceneMemory("xml-tree/memory-scene", QX_BENCH_MEMORY,
                                  [](qxBenchCase& bench) { prepareTree(bench, qxBenchScene(SIZE), SCENE); });

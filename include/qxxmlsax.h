@@ -415,6 +415,7 @@ private:
     bool openElement();
     void closeElement();
     bool readSpecialContent();
+    static bool hasCustomDataInterface(); // of any name
     bool readValue(qxDynamicType& value);
     [[noreturn]] void failValue(const char* expected);
     template <class Take>

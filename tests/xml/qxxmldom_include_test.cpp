@@ -52,6 +52,24 @@ TEST_F(qxXmlDomInclude, includedDocumentsAreReadWithTheSameSwitches)
     EXPECT_EQ(read("a.xml"), "(a(?include b.xml))");
 }
 
+TEST_F(qxXmlDomInclude, functionsAreThoseOfTheDocumentAround)
+{
+    class Document : public qxXmlDom
+    {
+    public:
+        qxString onFunction(const qxString& argument, unsigned int level) override
+        {
+            return qxString::str("%d:", level) + argument;
+        }
+    } around;
+    folder.write("a.xml", "<a>function:x<?include b.xml?></a>");
+    folder.write("b.xml", "<b k='function:y'><?include c.xml?></b>");
+    folder.write("c.xml", "<c>function:z</c>");
+    qxSerializeAdapterFile adapter(folder.name("a.xml").c_str());
+    around.read(&adapter);
+    EXPECT_EQ(dump(around), "(a(\"1:x\" b k=\"2:y\"(c(\"3:z\"))))");
+}
+
 TEST_F(qxXmlDomInclude, areWrittenAsTheInstructionOrInline)
 {
     folder.write("a.xml", "<a><?include b.xml?><z/><?include c.xml?></a>");

@@ -71,7 +71,7 @@ qxString::qxString(qxString&& other) noexcept
 
 qxString::~qxString()
 {
-    if (!isUnique()) qx_free(m_text);
+    if (m_text && !isUnique()) qx_free(m_text); // most empty ones go here
 }
 
 qxString& qxString::operator=(const qxString& other)

@@ -27,6 +27,26 @@ void warn(const char* format, const Arguments&... arguments)
     qxMessage::message(QX_LEVEL_WARNING, format, arguments...);
 }
 
+/// An included document: its functions are those of the one around it, which also tells of the progress.
+class Included final : public qxXmlDom
+{
+public:
+    Included(qxXmlDom& around, unsigned int level) : m_around(around), m_level(level)
+    {
+        promiseNoOwnItems();
+        useProgress(0);
+    }
+
+    qxString onFunction(const qxString& argument, unsigned int level) override
+    {
+        return m_around.onFunction(argument, m_level + level);
+    }
+
+private:
+    qxXmlDom& m_around;
+    const unsigned int m_level; // of the instruction
+};
+
 } // namespace
 
 qxXmlIncluder::qxXmlIncluder(qxSerializeAdapter* adapter)
@@ -51,7 +71,7 @@ bool qxXmlIncluder::include(qxXmlDom& document, const qxString& data, unsigned i
     ++m_documents;
     const qxRefPointer<qxSerializeAdapter> adapter = qxSerializeAdapter::getURLAdapter(resolved);
     if (!adapter) return false;
-    qxXmlDom included;
+    Included included(document, level);
     included.copySettings(document);
     included.m_includer = this;
     m_chain.push_back(resolved);

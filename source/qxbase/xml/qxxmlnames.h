@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 /// The names that a tree met of late. A document has few different names and many items: nearly all of them find
@@ -30,10 +31,10 @@ public:
     {
         if (text.empty()) return nullptr;
         const std::uint64_t head = getHead(text);
-        Entry* const entries = m_entries[getPlace(text, head)];
-        if (entries[0].is(text, head)) return entries[0].name;
-        if (entries[1].is(text, head)) return entries[1].name;
-        return enter(entries, text, head);
+        const Place& place = m_places[getPlace(text, head)];
+        if (place[0].is(text, head)) return place[0].name;
+        if (place[1].is(text, head)) return place[1].name;
+        return enter(text, head);
     }
 
     /// What an item of this tree has for `other`, a name of another tree; permanent names belong to all.
@@ -44,7 +45,10 @@ public:
     }
 
 private:
-    static constexpr unsigned int PLACE_BITS = 8;
+    static constexpr unsigned int FEW_BITS = 4;
+    static constexpr unsigned int MANY_BITS = 8;
+    static constexpr unsigned int FEW = 1U << FEW_BITS;
+    static constexpr unsigned int MANY = 1U << MANY_BITS;
 
     struct Entry {
         std::uint64_t head; // the first eight bytes
@@ -57,6 +61,8 @@ private:
             return length <= 8 || std::memcmp(name->getString() + 8, text.data() + 8, length - 8) == 0;
         }
     };
+
+    typedef Entry Place[2]; // the two that came last
 
     // Few bytes are read as pieces that overlap.
     static std::uint64_t getHead(std::string_view text)
@@ -74,14 +80,14 @@ private:
         return byte(0) | byte(size / 2) | byte(size - 1);
     }
 
-    static std::size_t getPlace(std::string_view text, std::uint64_t head)
+    std::size_t getPlace(std::string_view text, std::uint64_t head) const
     {
         std::uint64_t mixed = head ^ text.size();
         if (text.size() > 8) {
             const std::uint64_t tail = load<std::uint64_t>(text.data() + text.size() - 8);
             mixed ^= tail << 13 | tail >> 51;
         }
-        return static_cast<std::size_t>(mixed * 0x9E3779B97F4A7C15 >> (64 - PLACE_BITS));
+        return static_cast<std::size_t>(mixed * 0x9E3779B97F4A7C15 >> m_shift);
     }
 
     template <class Number>
@@ -92,9 +98,14 @@ private:
         return number;
     }
 
-    static qxSharedName* enter(Entry* entries, std::string_view text, std::uint64_t head);
+    qxSharedName* enter(std::string_view text, std::uint64_t head);
+    void makeMany();
 
-    Entry m_entries[1 << PLACE_BITS][2] = {}; // of each place the two that came last
+    Place m_few[FEW] = {}; // enough for most documents, which are short
+    std::unique_ptr<Place[]> m_many;
+    Place* m_places = m_few;
+    unsigned int m_shift = 64 - FEW_BITS;
+    unsigned int m_entered = 0;
 };
 
 /// Keeps a name for the length of a scope.

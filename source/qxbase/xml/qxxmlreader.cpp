@@ -72,21 +72,25 @@ void qxXmlBytes::clear()
     m_room = 0;
 }
 
-void qxXmlNameCache::enter(Slot& slot, const char16_t* tokens, std::size_t length, qxUInt64 key)
+qxXmlNameCache::Slot& qxXmlNameCache::enter(const char16_t* tokens, std::size_t length, qxUInt64 key)
 {
+    Slot*& place = m_slots[key >> 56];
+    if (!place) place = m_owned.emplace_back(std::make_unique_for_overwrite<Slot>()).get();
+    Slot& slot = *place;
     slot.byteCount = static_cast<unsigned int>(qxTokensToUTF8(tokens, length, slot.bytes));
-    qxStringRefill::set(slot.name, slot.bytes, slot.byteCount);
+    slot.hasText = false;
     slot.key = key;
     slot.stamp = ++m_lastStamp;
     slot.length = static_cast<unsigned int>(length);
     std::memcpy(slot.tokens, tokens, length * sizeof(char16_t));
+    return slot;
 }
 
 qxXmlNameCache::Slot& qxXmlNameCache::enterLong(const char16_t* tokens, std::size_t length, qxUInt64 key)
 {
     std::vector<char> bytes(3 * length);
     m_long.byteCount = static_cast<unsigned int>(qxTokensToUTF8(tokens, length, bytes.data()));
-    m_long.name = qxString(bytes.data(), m_long.byteCount);
+    m_long.text = qxString(bytes.data(), m_long.byteCount);
     m_long.key = key;
     m_long.stamp = ++m_lastStamp;
     return m_long;
@@ -96,7 +100,7 @@ bool qxXmlAttributeList::appendToMany(std::size_t first, const qxXmlNameCache::S
 {
     const std::size_t index = m_attributes.size();
     if (m_indexFirst != first || m_indexed != index || m_index.empty()) buildIndex(first);
-    if (findIndexed(first, index, viewOf(slot.name)) != index) return false;
+    if (findIndexed(first, index, slot.view()) != index) return false;
     add(slot);
     enterIndex(index);
     return true;

@@ -68,7 +68,7 @@ inline bool qxSameTokens(const char16_t* left, const char16_t* right, std::size_
     return difference(count - 4) == 0;
 }
 
-/// Names as they stand in the document, with the strings made of them.
+/// Names as they stand in the document, as UTF-8, and as strings once they are asked for as such.
 ///
 /// Documents use few names over and over: a name that is found costs a comparison instead of a conversion. A
 /// name that comes takes the place of another with the same key, so the cache does not grow.
@@ -84,9 +84,23 @@ public:
         unsigned int stamp = 0;     ///< changes with the name
         unsigned int length = 0;    ///< tokens; 0 for a name that is longer than the kept ones
         unsigned int byteCount = 0; ///< of the name as UTF-8
+        bool hasText = true;        ///< `text` is the name; of longer ones it always is
         char16_t tokens[LONGEST];
         char bytes[BYTES];
-        qxString name;
+        qxString text;
+
+        std::string_view view() const
+        {
+            return length != 0 ? std::string_view(bytes, byteCount)
+                               : std::string_view(text.getString(), text.length());
+        }
+
+        const qxString& name()
+        {
+            if (!hasText) qxStringRefill::set(text, bytes, byteCount);
+            hasText = true;
+            return text;
+        }
     };
 
     /// The slot that holds the name of 1 or more tokens, made when it is not there. Up to three tokens behind
@@ -95,10 +109,10 @@ public:
     {
         const qxUInt64 key = keyOf(tokens, length);
         if (length > LONGEST) return enterLong(tokens, length, key);
-        Slot& slot = m_slots[key >> 56];
-        if (slot.key != key || slot.length != length || !qxSameTokens(slot.tokens, tokens, length))
-            enter(slot, tokens, length, key);
-        return slot;
+        Slot* const slot = m_slots[key >> 56];
+        const bool isKept =
+            slot && slot->key == key && slot->length == length && qxSameTokens(slot->tokens, tokens, length);
+        return isKept ? *slot : enter(tokens, length, key);
     }
 
 private:
@@ -115,10 +129,11 @@ private:
         return (head ^ (tail << 13 | tail >> 51) ^ length) * 0x9E3779B97F4A7C15ULL;
     }
 
-    void enter(Slot& slot, const char16_t* tokens, std::size_t length, qxUInt64 key);
+    Slot& enter(const char16_t* tokens, std::size_t length, qxUInt64 key);
     Slot& enterLong(const char16_t* tokens, std::size_t length, qxUInt64 key);
 
-    std::array<Slot, 256> m_slots;
+    std::array<Slot*, 256> m_slots{}; // null until they are needed: most documents are short
+    std::vector<std::unique_ptr<Slot>> m_owned;
     Slot m_long; // made anew each time
     unsigned int m_lastStamp = 0;
 };
@@ -175,7 +190,7 @@ public:
         const std::size_t index = m_attributes.size();
         if (index - first >= FEW) return appendToMany(first, slot);
         for (std::size_t i = first; i < index; ++i) {
-            if (m_attributes[i].key == slot.key && nameOf(i) == viewOf(slot.name)) return false;
+            if (m_attributes[i].key == slot.key && nameOf(i) == slot.view()) return false;
         }
         add(slot);
         return true;
@@ -239,12 +254,11 @@ private:
         qxUInt64 key;             // of the name's slot
     };
 
-    static std::string_view viewOf(const qxString& text) { return {text.getString(), text.length()}; }
-
     void add(const qxXmlNameCache::Slot& slot)
     {
-        m_attributes.push_back({m_bytes.size(), slot.name.length(), 0, 0, slot.key});
-        m_bytes.append(slot.name.getString(), slot.name.length());
+        const std::string_view name = slot.view();
+        m_attributes.push_back({m_bytes.size(), static_cast<unsigned int>(name.size()), 0, 0, slot.key});
+        m_bytes.append(name.data(), name.size());
     }
 
     bool appendToMany(std::size_t first, const qxXmlNameCache::Slot& slot);
@@ -369,8 +383,8 @@ public:
     /// The name of an open element; holds until another name is looked up.
     const qxString& nameOf(const qxXmlLevel& level)
     {
-        if (level.slot->stamp == level.stamp) return level.slot->name;
-        return names.find(nameTokens(level), level.nameLength).name;
+        if (level.slot->stamp == level.stamp) return level.slot->name();
+        return names.find(nameTokens(level), level.nameLength).name();
     }
 
     /// The attributes of an open level, from 1: first to end.

@@ -156,7 +156,7 @@ qxParseResult qxXmlSax::XML_read_16()
     const qxString& data = textSince(run);
     m_view.current += 2;
     if (!isNotifyingItemType(QX_XML_PI)) return QX_PARSE_OK;
-    const qxString& target = reader().names.find(tokenAt(targetPos), targetLength).name;
+    const qxString& target = reader().names.find(tokenAt(targetPos), targetLength).name();
     goOn(onProcessingInstruction(target, data, getCurrentElementLevel()));
     return QX_PARSE_OK;
 }
@@ -328,9 +328,9 @@ qxParseResult qxXmlSax::XML_read_40()
     qxXmlNameCache::Slot& slot = state.names.find(name.tokens, name.length);
     state.push(slot, name.tokens, name.length);
     if (state.taker)
-        state.taker->openElement(viewOf(slot.name), state.level());
+        state.taker->openElement(slot.view(), state.level());
     else if (isNotifyingItemType(QX_XML_ELEMENT))
-        goOn(onElementStart(slot.name, state.level()));
+        goOn(onElementStart(slot.name(), state.level()));
 
     for (;;) {
         if (readPlainAttribute()) continue;
@@ -365,7 +365,7 @@ bool qxXmlSax::readPlainAttribute()
     if (*value == u'f') return false; // perhaps a function
 
     qxXmlReaderState& state = reader();
-    const qxXmlNameCache::Slot& slot = state.names.find(name, nameLength);
+    qxXmlNameCache::Slot& slot = state.names.find(name, nameLength);
     char* const bytes = state.attributes.bytes().reserve(qxXmlNameCache::BYTES + SHORT_TEXT + 16);
     for (std::size_t i = 0; i < nameLength; i += 16) std::memcpy(bytes + i, slot.bytes + i, 16);
     char* const text = bytes + nameLength;
@@ -376,7 +376,7 @@ bool qxXmlSax::readPlainAttribute()
     m_view.current = from + 1;
     if (state.taker || !isNotifyingItemType(QX_XML_ATTRIBUTE)) return true;
     setFlag(FLAG_IN_ATTRIBUTE, true);
-    goOn(onAttribute(slot.name, state.texts.make(text, length), state.level()));
+    goOn(onAttribute(slot.name(), state.texts.make(text, length), state.level()));
     setFlag(FLAG_IN_ATTRIBUTE, false);
     return true;
 }
@@ -407,7 +407,7 @@ qxParseResult qxXmlSax::XML_read_41()
         const std::string_view value = state.attributes.valueOf(last);
         const qxString& text = state.texts.make(value.data(), value.size());
         if (slot.stamp == stamp) {
-            goOn(onAttribute(slot.name, text, state.level()));
+            goOn(onAttribute(slot.name(), text, state.level()));
         } else { // references in the value took the slot
             const std::string_view own = state.attributes.nameOf(last);
             state.attributeName = qxString(own.data(), own.size());
@@ -463,7 +463,7 @@ void qxXmlSax::failEndTag(const Name& found)
 {
     constexpr unsigned int LONGEST = 30000; // bytes of each name, so that both fit an error text
     qxXmlReaderState& state = reader();
-    const qxString got = state.names.find(found.tokens, found.length).name;
+    const qxString got = state.names.find(found.tokens, found.length).name();
     const qxString& expected = state.nameOf(state.levels.back());
     m_view.current -= found.length;
     m_errorCheck = 0;
@@ -551,7 +551,7 @@ qxParseResult qxXmlSax::XML_read_68()
     ++m_view.current;
     if (!startsName(0)) failCheck(6801);
     const Name tokens = scanName();
-    const qxString& name = reader().names.find(tokens.tokens, tokens.length).name;
+    const qxString& name = reader().names.find(tokens.tokens, tokens.length).name();
     expect(u';', 6802);
     if (isNotifyingItemType(QX_XML_ENTITY_REFERENCE))
         goOn(onEntityReference(name, getCurrentElementLevel(), (m_flags & FLAG_IN_ATTRIBUTE) != 0));

@@ -40,9 +40,11 @@ public:
         m_isUsed.store(!m_handlers.empty(), std::memory_order_release);
     }
 
+    bool isUsed() const { return m_isUsed.load(std::memory_order_acquire); }
+
     Handler* find(const qxString& name)
     {
-        if (!m_isUsed.load(std::memory_order_acquire)) return nullptr; // nearly always
+        if (!isUsed()) return nullptr; // nearly always
         const qxProcessGuard guard(m_lock);
         const auto found = m_handlers.find(name.getString());
         return found == m_handlers.end() ? nullptr : found->second;
@@ -89,6 +91,11 @@ void qxXmlSax::unregisterObjectInterface(qxXmlObjectInterface* handler)
 qxXmlCustomDataInterface* qxXmlSax::getCustomDataInterface(const qxString& name)
 {
     return Registry<qxXmlCustomDataInterface>::get().find(name);
+}
+
+bool qxXmlSax::hasCustomDataInterface()
+{
+    return Registry<qxXmlCustomDataInterface>::get().isUsed();
 }
 
 qxXmlDynamicTypeInterface* qxXmlSax::getDynamicTypeInterface(const qxString& name)

@@ -130,6 +130,7 @@ qxParseResult qxXmlSax::XML_read_92()
 
 qxParseResult qxXmlSax::XML_read_93()
 {
+    if (!hasCustomDataInterface()) return QX_PARSE_NO_MATCH; // nearly always; the name needs no string then
     qxXmlReaderState& state = reader();
     auto* const handler = getCustomDataInterface(state.nameOf(state.levels.back()));
     if (!handler || !state.mayTry()) return QX_PARSE_NO_MATCH;

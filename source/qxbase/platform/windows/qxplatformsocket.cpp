@@ -37,6 +37,30 @@ int wait(qxPlatformSocket socket, bool toSend, unsigned int milliseconds, int& e
     return result > 0;
 }
 
+// As recvfrom on a socket that does not block, whatever this one does: a request that would have to wait is taken back.
+// Looking first would not do, since another thread may take what is there.
+int receiveAtOnce(qxPlatformSocket socket, char* data, int size, qxSystemAddress& address, int& length)
+{
+    WSAOVERLAPPED request = {};
+    request.hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr); // others may wait for the handle itself
+    if (!request.hEvent) return SOCKET_ERROR;
+    WSABUF buffer = {static_cast<u_long>(size), data};
+    DWORD flags = 0;
+    DWORD received = 0;
+    const bool isDone = WSARecvFrom(handle(socket), &buffer, 1, &received, &flags, &address.any, &length,
+                                    &request, nullptr) == 0;
+    int error = isDone ? 0 : WSAGetLastError();
+    if (error == WSA_IO_PENDING) {
+        CancelIoEx(reinterpret_cast<HANDLE>(socket), &request);
+        const BOOL hasCome = WSAGetOverlappedResult(handle(socket), &request, &received, TRUE, &flags);
+        error = hasCome ? 0 : WSAGetLastError();
+        if (error == WSA_OPERATION_ABORTED) error = WSAEWOULDBLOCK;
+    }
+    CloseHandle(request.hEvent);
+    WSASetLastError(error);
+    return error == 0 ? static_cast<int>(received) : SOCKET_ERROR;
+}
+
 } // namespace
 
 bool qxPlatformSocketStart(int& error)
@@ -211,23 +235,17 @@ int qxPlatformSocketSend(qxPlatformSocket socket, const void* bytes, unsigned in
     return sent;
 }
 
-// What is there may be taken by another thread before it is received: the system can be told no better.
 int qxPlatformSocketReceive(qxPlatformSocket socket, unsigned int how, void* buffer, unsigned int count,
                             qxPlatformAddress* sender, bool& isTruncated, int& error)
 {
-    isTruncated = false;
-    if (how & QX_PLATFORM_RECEIVE_AT_ONCE) {
-        const int ready = wait(socket, false, 0, error);
-        if (ready == 0) error = WSAEWOULDBLOCK;
-        if (ready <= 0) return -1;
-    }
     const int size = static_cast<int>(std::min(count, LONGEST_BLOCK));
     auto* const data = static_cast<char*>(buffer);
     qxSystemAddress system;
     system.any.sa_family = AF_UNSPEC; // streams give no address
     int length = sizeof(system);
-    const int received = sender ? recvfrom(handle(socket), data, size, 0, &system.any, &length)
-                                : recv(handle(socket), data, size, 0);
+    const int received = how & QX_PLATFORM_RECEIVE_AT_ONCE ? receiveAtOnce(socket, data, size, system, length)
+                         : sender ? recvfrom(handle(socket), data, size, 0, &system.any, &length)
+                                  : recv(handle(socket), data, size, 0);
     isTruncated = received < 0 && WSAGetLastError() == WSAEMSGSIZE;
     report(received >= 0 || isTruncated, error);
     if (sender && error == 0) *sender = qxFromSystemAddress(system.any);

@@ -59,8 +59,8 @@ public:
     void setWriteIncludedXml(bool on) { m_writeIncludedXml = on; }
 
     /// The items of the document that an instruction <?include URL?> names take its place. $(key) in the URL
-    /// stands for the user key; a relative URL is meant from the folder of the document that holds it. At
-    /// first on.
+    /// stands for the user key; a relative URL is meant from the folder of the document that holds it. Included
+    /// documents are read with the switches and functions of this one. At first on.
     bool getReadIncludedXml() const { return m_readIncludedXml; }
     void setReadIncludedXml(bool on) { m_readIncludedXml = on; }
 

@@ -141,11 +141,9 @@ public:
     bool checkArgumentCount(unsigned int count);
 
 private:
-    template <class Value>
-    Value findOptionValue(const qxString& name, const Value& whenMissing, unsigned int index,
-                          unsigned char caseSensitive, unsigned char silent);
-    template <class Value>
-    Value findArgumentValue(unsigned int index, const Value& whenMissing, unsigned char withoutValues) const;
+    const qxString* findOptionText(const qxString& name, unsigned int index, unsigned char caseSensitive,
+                                   unsigned char silent);
+    const qxString* findArgumentText(unsigned int index, unsigned char withoutValues) const;
 
     void clear(const qxString& prefix);
     void addToken(const qxString& token);

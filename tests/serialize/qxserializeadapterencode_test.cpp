@@ -60,7 +60,7 @@ TEST(qxSerializeAdapterBase64, writesOneLine)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
-        for (const std::size_t step : {1, 2, 3, 100})
+        for (const std::size_t step : {1U, 2U, 3U, 100U})
             EXPECT_EQ(encoded<qxSerializeAdapterBase64>(row.bytes, step), row.text);
         EXPECT_EQ(decoded<qxSerializeAdapterBase64>(row.text), row.bytes);
     }

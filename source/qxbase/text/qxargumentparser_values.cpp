@@ -32,161 +32,164 @@ Value convert(const qxString& text)
     }
 }
 
+template <class Value>
+Value valueOr(const qxString* text, const Value& whenMissing)
+{
+    return text ? convert<Value>(*text) : whenMissing;
+}
+
 } // namespace
 
-template <class Value>
-Value qxArgumentParser::findOptionValue(const qxString& name, const Value& whenMissing, unsigned int index,
-                                        unsigned char caseSensitive, unsigned char silent)
+// Null when it is missing.
+const qxString* qxArgumentParser::findOptionText(const qxString& name, unsigned int index,
+                                                 unsigned char caseSensitive, unsigned char silent)
 {
     unsigned int position = 0;
     unsigned int count = 0;
-    if (!hasOption(name, caseSensitive, &position, &count)) return whenMissing;
-    if (index < count - 1) return convert<Value>(m_tokens[position + 1 + index]);
+    if (!hasOption(name, caseSensitive, &position, &count)) return nullptr;
+    if (index < count - 1) return &m_tokens[position + 1 + index];
     if (silent == 0)
         m_error = qxString::str("Missing argument %d for option '-%s'", qxUInt64{index} + 1, name);
-    return whenMissing;
+    return nullptr;
 }
 
-template <class Value>
-Value qxArgumentParser::findArgumentValue(unsigned int index, const Value& whenMissing,
-                                          unsigned char withoutValues) const
+const qxString* qxArgumentParser::findArgumentText(unsigned int index, unsigned char withoutValues) const
 {
-    if (index >= getArgumentCount(withoutValues)) return whenMissing;
-    return convert<Value>(m_arguments[index].text);
+    return index < getArgumentCount(withoutValues) ? &m_arguments[index].text : nullptr;
 }
 
 qxString qxArgumentParser::getOptionValue(const qxString& name, const qxString& whenMissing,
                                           unsigned int index, unsigned char caseSensitive,
                                           unsigned char silent)
 {
-    return findOptionValue<qxString>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 signed char qxArgumentParser::getOptionValue(const qxString& name, signed char whenMissing,
                                              unsigned int index, unsigned char caseSensitive,
                                              unsigned char silent)
 {
-    return findOptionValue<signed char>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 unsigned char qxArgumentParser::getOptionValue(const qxString& name, unsigned char whenMissing,
                                                unsigned int index, unsigned char caseSensitive,
                                                unsigned char silent)
 {
-    return findOptionValue<unsigned char>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 short qxArgumentParser::getOptionValue(const qxString& name, short whenMissing, unsigned int index,
                                        unsigned char caseSensitive, unsigned char silent)
 {
-    return findOptionValue<short>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 unsigned short qxArgumentParser::getOptionValue(const qxString& name, unsigned short whenMissing,
                                                 unsigned int index, unsigned char caseSensitive,
                                                 unsigned char silent)
 {
-    return findOptionValue<unsigned short>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 int qxArgumentParser::getOptionValue(const qxString& name, int whenMissing, unsigned int index,
                                      unsigned char caseSensitive, unsigned char silent)
 {
-    return findOptionValue<int>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 unsigned int qxArgumentParser::getOptionValue(const qxString& name, unsigned int whenMissing,
                                               unsigned int index, unsigned char caseSensitive,
                                               unsigned char silent)
 {
-    return findOptionValue<unsigned int>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 qxInt64 qxArgumentParser::getOptionValue(const qxString& name, qxInt64 whenMissing, unsigned int index,
                                          unsigned char caseSensitive, unsigned char silent)
 {
-    return findOptionValue<qxInt64>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 qxUInt64 qxArgumentParser::getOptionValue(const qxString& name, qxUInt64 whenMissing, unsigned int index,
                                           unsigned char caseSensitive, unsigned char silent)
 {
-    return findOptionValue<qxUInt64>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 float qxArgumentParser::getOptionValue(const qxString& name, float whenMissing, unsigned int index,
                                        unsigned char caseSensitive, unsigned char silent)
 {
-    return findOptionValue<float>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 double qxArgumentParser::getOptionValue(const qxString& name, double whenMissing, unsigned int index,
                                         unsigned char caseSensitive, unsigned char silent)
 {
-    return findOptionValue<double>(name, whenMissing, index, caseSensitive, silent);
+    return valueOr(findOptionText(name, index, caseSensitive, silent), whenMissing);
 }
 
 qxString qxArgumentParser::getArgumentValue(unsigned int index, const qxString& whenMissing,
                                             unsigned char withoutValues) const
 {
-    return findArgumentValue<qxString>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 signed char qxArgumentParser::getArgumentValue(unsigned int index, signed char whenMissing,
                                                unsigned char withoutValues) const
 {
-    return findArgumentValue<signed char>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 unsigned char qxArgumentParser::getArgumentValue(unsigned int index, unsigned char whenMissing,
                                                  unsigned char withoutValues) const
 {
-    return findArgumentValue<unsigned char>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 short qxArgumentParser::getArgumentValue(unsigned int index, short whenMissing,
                                          unsigned char withoutValues) const
 {
-    return findArgumentValue<short>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 unsigned short qxArgumentParser::getArgumentValue(unsigned int index, unsigned short whenMissing,
                                                   unsigned char withoutValues) const
 {
-    return findArgumentValue<unsigned short>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 int qxArgumentParser::getArgumentValue(unsigned int index, int whenMissing, unsigned char withoutValues) const
 {
-    return findArgumentValue<int>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 unsigned int qxArgumentParser::getArgumentValue(unsigned int index, unsigned int whenMissing,
                                                 unsigned char withoutValues) const
 {
-    return findArgumentValue<unsigned int>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 qxInt64 qxArgumentParser::getArgumentValue(unsigned int index, qxInt64 whenMissing,
                                            unsigned char withoutValues) const
 {
-    return findArgumentValue<qxInt64>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 qxUInt64 qxArgumentParser::getArgumentValue(unsigned int index, qxUInt64 whenMissing,
                                             unsigned char withoutValues) const
 {
-    return findArgumentValue<qxUInt64>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 float qxArgumentParser::getArgumentValue(unsigned int index, float whenMissing,
                                          unsigned char withoutValues) const
 {
-    return findArgumentValue<float>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
 
 double qxArgumentParser::getArgumentValue(unsigned int index, double whenMissing,
                                           unsigned char withoutValues) const
 {
-    return findArgumentValue<double>(index, whenMissing, withoutValues);
+    return valueOr(findArgumentText(index, withoutValues), whenMissing);
 }
